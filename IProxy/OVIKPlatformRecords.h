@@ -1,0 +1,201 @@
+/* The plain records that travel between this program and the platform library. */
+#ifndef OVIK_PLATFORM_RECORDS_H
+#define OVIK_PLATFORM_RECORDS_H
+
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+/*
+ * The platform library is built against the same records and fills them in place, so the order and
+ * the types of the fields are fixed. The records have no default initialisers: they stay plain data
+ * that may be copied or cleared as bytes (systemSpecs excepted, which owns strings).
+ */
+
+/** Identity of the panel as kept in its serial EEPROM; the values are the manufacturer's. */
+typedef struct _systemInfo {
+    quint8 day;
+    quint8 month;
+    quint8 year;
+    quint8 serialNo[3];
+    quint8 moduleName[5];
+    quint8 hwCode;
+    quint8 hwSubCode;
+    quint8 manufactureCode[2];
+    quint8 hwDispID;
+} systemInfo;
+static_assert(sizeof(systemInfo) == 16, "systemInfo must match the platform library's record");
+
+/** Kind, build date and version of one software partition. */
+typedef struct _bootldrInfo {
+    quint8 type;
+    quint8 day;
+    quint8 month;
+    quint8 year;
+    quint8 version[20];
+} bootldrInfo;
+static_assert(sizeof(bootldrInfo) == 24, "bootldrInfo must match the platform library's record");
+
+/** The name under which the record is a metatype. */
+typedef struct _bootldrInfo partitionInfo;
+
+/** One storage device; mountPoint is NUL-terminated, kinds and flags are the platform's. */
+typedef struct _ovikStorageInfo {
+    char mountPoint[200];
+    int deviceType;
+    quint64 totalSpace;
+    quint64 freeSpace;
+    quint32 accessFlag;
+} ovikStorageInfo;
+
+/** Time zone rules: when standard (std) and daylight-saving (dls) time begin and their offsets. */
+typedef struct _timeZoneInfo {
+    quint8 stdMonth;
+    quint8 stdWeek;
+    quint8 stdDay;
+    quint8 stdHour;
+    quint8 stdMinute;
+    qint16 stdOffset;
+    quint8 dlsMonth;
+    quint8 dlsWeek;
+    quint8 dlsDay;
+    quint8 dlsHour;
+    quint8 dlsMinute;
+    qint16 dlsOffset;
+    quint8 mode;
+} timeZoneInfo;
+
+/** Position of the splash image on the screen. */
+typedef struct _splashImageInfo {
+    quint32 x;
+    quint32 y;
+} splashImageInfo;
+
+/** Signature of a plug-in module as stored in the module's serial EEPROM. */
+typedef struct sSEEModule {
+    quint8 Name[16];
+    quint8 Hcode;
+    quint8 Hsubcode;
+    quint8 Xcode;
+    quint8 Xsubcode;
+    quint8 FunctArea[16];
+} sSEEModule;
+
+/** One sensor reading; status is true when the reading is valid. */
+typedef struct _sensorData {
+    qint32 value;
+    bool status;
+} sensorData;
+
+/** Acceleration along the panel's axes. */
+typedef struct accelerometerAxisData {
+    double accel_x;
+    double accel_y;
+    double accel_z;
+} accelerometerAxisData;
+
+/** Inclination of the panel in its planes. */
+typedef struct accelerometerAngleData {
+    double angle_xy;
+    double angle_xz;
+    double angle_yz;
+} accelerometerAngleData;
+
+/** One acceleration reading; status is true when the reading is valid. */
+typedef struct accelAxisData {
+    accelerometerAxisData axes;
+    bool status;
+} accelAxisData;
+
+/** One inclination reading; status is true when the reading is valid. */
+typedef struct accelAngleData {
+    accelerometerAngleData angles;
+    bool status;
+} accelAngleData;
+
+/** Colour saturation of the screen. */
+typedef struct screenSaturationInfo {
+    qint32 red;
+    qint32 green;
+    qint32 blue;
+} screenSaturationInfo;
+
+/** Model of the panel as the manufacturer names it. */
+typedef struct PanelModel {
+    QString family_id;
+    QString disp_size;
+    QString subfamily_id;
+    QString hw_revision;
+} PanelModel;
+
+/** Hardware capabilities of the panel. */
+typedef struct SystemSpecs {
+    QString type;
+    struct Cpu {
+        QString name;
+        bool isImx;
+    } cpu;
+    struct Part {
+        struct XLoader {
+        } xloader;
+        struct BootLoader {
+        } bootloader;
+        struct Fpga {
+            int length;
+        } fpga;
+        bool hasXloader;
+        bool hasFPGA;
+        bool isPortable;
+    } part;
+    struct Video {
+        bool hasGammaCorrection;
+        bool hasColorCorrection;
+        bool hasAutoCalibration;
+        bool hasOrientation;
+    } video;
+    struct Net {
+        int ethNum;
+        struct Bridge {
+            bool disabled;
+        } bridge;
+        struct HwSwitch {
+            bool isManaged;
+            QStringList interfaces;
+            QString port;
+            QString mac;
+        } hwSwitch;
+        struct Wifi {
+            bool internalDisabled;
+            bool hasAntennaMode;
+            int antennaMode;
+        } wifi;
+    } net;
+    struct Sensors {
+        bool hasTemperature;
+        bool hasTemperatureOffset;
+        bool hasHumidity;
+        bool hasHumidityOffset;
+        bool hasPressure;
+        bool hasVoltage;
+        bool hasCurrent;
+        bool hasAccelerometer;
+    } sensors;
+    PanelModel panelModel;
+} systemSpecs;
+
+Q_DECLARE_METATYPE(systemInfo)
+Q_DECLARE_METATYPE(partitionInfo)
+Q_DECLARE_METATYPE(ovikStorageInfo)
+Q_DECLARE_METATYPE(timeZoneInfo)
+Q_DECLARE_METATYPE(splashImageInfo)
+Q_DECLARE_METATYPE(sSEEModule)
+Q_DECLARE_METATYPE(accelerometerAxisData)
+Q_DECLARE_METATYPE(accelerometerAngleData)
+Q_DECLARE_METATYPE(sensorData)
+Q_DECLARE_METATYPE(accelAxisData)
+Q_DECLARE_METATYPE(accelAngleData)
+Q_DECLARE_METATYPE(screenSaturationInfo)
+Q_DECLARE_METATYPE(systemSpecs)
+
+#endif

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "IProxy/IBuzzerProxy.h"
+#include "dbus_ovik/OVIKDBusProxy.h"
+
+class BuzzerProxyDbus : public IBuzzerProxy
+{
+    Q_OBJECT
+    using Client = ComWenuOVIKBuzzerInterface;
+
+public:
+    explicit BuzzerProxyDbus(QDBusConnection& connection)
+        : m_dbusObject(makeClient<Client>(QStringLiteral("/Buzzer"), connection))
+    {
+    }
+
+    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
+
+public Q_SLOTS:
+    status_t setBuzzerMode(int mode, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::SetBuzzerMode, resp, mode);
+    }
+    status_t getBuzzerMode(int& resp) override
+    {
+        return ask(m_dbusObject, &Client::GetBuzzerMode, resp);
+    }
+    status_t setBuzzerUserControl(int control, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::SetBuzzerUserControl, resp, control);
+    }
+    status_t setBuzzerOnTime(int time, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::SetBuzzerOnTime, resp, time);
+    }
+    status_t setBuzzerOffTime(int time, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::SetBuzzerOffTime, resp, time);
+    }
+
+private:
+    std::unique_ptr<Client> m_dbusObject;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "IProxy/IHWPluginInstanceProxy.h"
+#include "dbus_ovik/PluginLedsProxyDbus.h"
+#include "dbus_ovik/PluginSensorsProxyDbus.h"
+
+class HWPluginInstanceProxyDbus : public IHWPluginInstanceProxy
+{
+    Q_OBJECT
+    using Client = ComWenuOVIKHWPluginInstanceInterface;
+
+public:
+    /// @param slot 0 to 9: the path has room for one digit.
+    HWPluginInstanceProxyDbus(QDBusConnection& connection, int slot)
+        : m_dbusPath(QStringLiteral("/HWPlugin/") + QChar('0' + slot)),
+          m_dbusObject(makeClient<Client>(m_dbusPath, connection))
+    {
+        if (!m_dbusObject)
+            return;
+        m_slot = slot;
+        m_dbusLedsObject = new PluginLedsProxyDbus(&connection, this, m_dbusPath + "/Leds");
+        m_dbusSensorsObject =
+            new PluginSensorsProxyDbus(&connection, this, m_dbusPath + "/Sensors");
+    }
+
+    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
+
+    /// The slot that the module sits in; -1 when the service has no such object.
+    int getSlot() const { return m_slot; }
+
+public Q_SLOTS:
+    PluginLedsProxyDbus* getLeds() override { return m_dbusLedsObject; }
+    PluginSensorsProxyDbus* getSensors() override { return m_dbusSensorsObject; }
+
+private:
+    const QString m_dbusPath;
+    PluginLedsProxyDbus* m_dbusLedsObject = nullptr;       // a child object
+    PluginSensorsProxyDbus* m_dbusSensorsObject = nullptr; // a child object
+    /// Only tells whether the module is there; none of its methods is called.
+    std::unique_ptr<Client> m_dbusObject;
+};

@@ -1,0 +1,152 @@
+#include "dbus_ovik/OVIKInterfaceDbus.h"
+
+#include "IProxy/log_ovik.h"
+#include "dbus_ovik/BacklightProxyDbus.h"
+#include "dbus_ovik/BuzzerProxyDbus.h"
+#include "dbus_ovik/HWPluginInstanceProxyDbus.h"
+#include "dbus_ovik/MainOsProxyDbus.h"
+#include "dbus_ovik/NetworkManagerProxyDbus.h"
+#include "dbus_ovik/OvikProxyDbus.h"
+#include "dbus_ovik/SeepromProxyDbus.h"
+#include "dbus_ovik/ServiceManagerProxyDbus.h"
+#include "dbus_ovik/StorageManagerProxyDbus.h"
+#include "dbus_ovik/SysStatProxyDbus.h"
+#include "dbus_ovik/SystemInfoProxyDbus.h"
+
+#include <QDBusMetaType>
+#include <QDateTime>
+
+namespace
+{
+constexpr int pluginSlots = 4;
+}
+
+OVIKInterfaceDbus::OVIKInterfaceDbus()
+{
+    qRegisterMetaType<systemInfo>("systemInfo");
+    qDBusRegisterMetaType<systemInfo>();
+}
+
+OVIKInterfaceDbus::~OVIKInterfaceDbus() { OVIKInterfaceDbus::shutdown(); }
+
+bool OVIKInterfaceDbus::init()
+{
+    if (isValid())
+        return true;
+
+    if (!connectToBus()) {
+        logOVIK("dbus-debug connection failed");
+        return false;
+    }
+    logOVIK("dbus-debug connection success");
+
+    m_ovik = std::make_unique<ComWenuOVIKInterface>(ovikServiceName(), QStringLiteral("/"),
+                                                    *m_connection, nullptr);
+    if (!m_ovik->isValid()) {
+        // There is no session bus fallback; the wording stays for those who look for it in logs.
+        qWarning("Cannot find dbus node in system bus. Fallback to use session bus");
+        m_ovik.reset();
+        return false;
+    }
+
+    create(m_buzzer, "m_buzzer not valid\n");
+    create(m_backlight, "m_backlight not valid\n");
+    findPlugins();
+    create(m_systemInfo, "m_systemInfo not valid\n");
+    create(m_seeprom, "m_seeprom not valid\n");
+    create(m_ovikProxy, "m_ovikProxy not valid\n");
+    create(m_mainOs, "m_mainOs not valid\n");
+    create(m_storageManager, "m_storageManager not valid\n");
+    create(m_sysStat, "m_sysStat not valid\n");
+    create(m_networkManager, "m_networkManager not valid\n");
+    create(m_serviceManager, "m_serviceManager not valid\n");
+    return true;
+}
+
+bool OVIKInterfaceDbus::connectToBus()
+{
+    if (!m_connection) {
+        m_connection = std::make_unique<QDBusConnection>(QDBusConnection::systemBus());
+        return m_connection->isConnected();
+    }
+
+    const QString oldName = m_connection->name();
+    logOVIK("dbus-debug retrying after name " + oldName.toUtf8());
+    QDBusConnection::disconnectFromBus(oldName);
+    m_connection.reset();
+    // Only a name never used before makes Qt open a new socket.
+    const QString newName =
+        QStringLiteral("ovik_%1").arg(QDateTime::currentDateTime().toSecsSinceEpoch());
+    m_connection = std::make_unique<QDBusConnection>(
+        QDBusConnection::connectToBus(QDBusConnection::SystemBus, newName));
+    return m_connection->isConnected();
+}
+
+template <class Proxy>
+void OVIKInterfaceDbus::create(std::unique_ptr<Proxy>& member, const char* warning)
+{
+    if (member)
+        m_replaced.push_back(std::move(member));
+    member = std::make_unique<Proxy>(*m_connection);
+    if (!member->isValid()) {
+        qWarning("%s", warning);
+        member.reset();
+    }
+}
+
+void OVIKInterfaceDbus::findPlugins()
+{
+    for (int slot = 0; slot < pluginSlots; ++slot) {
+        auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot);
+        if (instance->isValid())
+            // On purpose behind what an earlier init() found: places in the list stay what they are.
+            m_HWPluginInstances.append(instance.release());
+        else
+            qWarning("HWPluginInstance not valid\n");
+    }
+}
+
+bool OVIKInterfaceDbus::shutdown()
+{
+    releaseReplaced();
+    qDeleteAll(m_HWPluginInstances);
+    m_HWPluginInstances.clear();
+    m_ovikProxy.reset();
+    m_mainOs.reset();
+    m_storageManager.reset();
+    m_networkManager.reset();
+    m_sysStat.reset();
+    m_seeprom.reset();
+    m_systemInfo.reset();
+    m_backlight.reset();
+    m_buzzer.reset();
+    m_ovik.reset();
+    m_serviceManager.reset();
+    m_connection.reset();
+    return true;
+}
+
+bool OVIKInterfaceDbus::isValid() const
+{
+    return m_connection && m_ovik && m_buzzer && m_backlight && m_systemInfo && m_seeprom &&
+           m_ovikProxy && m_mainOs && m_storageManager && m_sysStat && m_networkManager &&
+           m_serviceManager;
+}
+
+void OVIKInterfaceDbus::releaseReplaced() { m_replaced.clear(); }
+
+ISystemInfoProxy* OVIKInterfaceDbus::systemInfoProxy() { return m_systemInfo.get(); }
+IBuzzerProxy* OVIKInterfaceDbus::buzzerProxy() { return m_buzzer.get(); }
+IBacklightProxy* OVIKInterfaceDbus::backlightProxy() { return m_backlight.get(); }
+ISeepromProxy* OVIKInterfaceDbus::seepromProxy() { return m_seeprom.get(); }
+IOvikProxy* OVIKInterfaceDbus::ovikProxy() { return m_ovikProxy.get(); }
+IMainOsProxy* OVIKInterfaceDbus::mainOsProxy() { return m_mainOs.get(); }
+IStorageManagerProxy* OVIKInterfaceDbus::storageManagerProxy() { return m_storageManager.get(); }
+ISysStatProxy* OVIKInterfaceDbus::sysStatProxy() { return m_sysStat.get(); }
+INetworkManagerProxy* OVIKInterfaceDbus::networkManagerProxy() { return m_networkManager.get(); }
+IServiceManagerProxy* OVIKInterfaceDbus::serviceManagerProxy() { return m_serviceManager.get(); }
+
+QVector<HWPluginInstanceProxyDbus*> OVIKInterfaceDbus::HWPluginInstanceProxy()
+{
+    return m_HWPluginInstances;
+}

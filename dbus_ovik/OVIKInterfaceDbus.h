@@ -1,0 +1,93 @@
+#pragma once
+
+#include "IProxy/IOvikInterface.h"
+
+#include <QDBusConnection>
+#include <QVector>
+
+#include <memory>
+#include <vector>
+
+class BacklightProxyDbus;
+class BuzzerProxyDbus;
+class ComWenuOVIKInterface;
+class HWPluginInstanceProxyDbus;
+class IMainOsProxy;
+class INetworkManagerProxy;
+class IOvikProxy;
+class ISeepromProxy;
+class IServiceManagerProxy;
+class IStorageManagerProxy;
+class ISysStatProxy;
+class MainOsProxyDbus;
+class NetworkManagerProxyDbus;
+class OvikProxyDbus;
+class SeepromProxyDbus;
+class ServiceManagerProxyDbus;
+class StorageManagerProxyDbus;
+class SysStatProxyDbus;
+class SystemInfoProxyDbus;
+
+/**
+ * The backend that reaches the platform's service over the system bus.
+ *
+ * Used on the application thread only.
+ */
+class OVIKInterfaceDbus : public IOvikInterface
+{
+    Q_OBJECT
+public:
+    /// Makes no connection.
+    OVIKInterfaceDbus();
+    ~OVIKInterfaceDbus() override;
+
+    /**
+     * Connects to the bus and creates the proxies. False when the bus cannot be reached or has no
+     * such service; the next call then opens a connection of its own, because the shared one, once
+     * failed, stays failed for the life of the process.
+     *
+     * Also replaces the proxies of an earlier call that found facilities missing. Those stay alive
+     * until releaseReplaced(), as somebody may still hold their pointers; a failing call replaces
+     * none.
+     */
+    bool init() override;
+    bool shutdown() override;
+    bool isValid() const override;
+
+    /// Deletes the proxies that init() has replaced; for when nobody holds a pointer to them.
+    void releaseReplaced();
+
+    ISystemInfoProxy* systemInfoProxy() override;
+    IBuzzerProxy* buzzerProxy() override;
+    IBacklightProxy* backlightProxy() override;
+    Q_INVOKABLE virtual ISeepromProxy* seepromProxy();
+    Q_INVOKABLE virtual IOvikProxy* ovikProxy();
+    Q_INVOKABLE virtual IMainOsProxy* mainOsProxy();
+    Q_INVOKABLE virtual IStorageManagerProxy* storageManagerProxy();
+    Q_INVOKABLE virtual ISysStatProxy* sysStatProxy();
+    Q_INVOKABLE virtual INetworkManagerProxy* networkManagerProxy();
+    /// The modules found, in slot order; owned by the backend until its shutdown().
+    Q_INVOKABLE virtual QVector<HWPluginInstanceProxyDbus*> HWPluginInstanceProxy();
+    Q_INVOKABLE virtual IServiceManagerProxy* serviceManagerProxy();
+
+private:
+    bool connectToBus();
+    template <class Proxy>
+    void create(std::unique_ptr<Proxy>& member, const char* warning);
+    void findPlugins();
+
+    std::unique_ptr<QDBusConnection> m_connection;
+    std::unique_ptr<ComWenuOVIKInterface> m_ovik;
+    std::unique_ptr<SystemInfoProxyDbus> m_systemInfo;
+    std::unique_ptr<BuzzerProxyDbus> m_buzzer;
+    std::unique_ptr<BacklightProxyDbus> m_backlight;
+    QVector<HWPluginInstanceProxyDbus*> m_HWPluginInstances; // owned
+    std::unique_ptr<SeepromProxyDbus> m_seeprom;
+    std::unique_ptr<OvikProxyDbus> m_ovikProxy;
+    std::unique_ptr<MainOsProxyDbus> m_mainOs;
+    std::unique_ptr<StorageManagerProxyDbus> m_storageManager;
+    std::unique_ptr<SysStatProxyDbus> m_sysStat;
+    std::unique_ptr<NetworkManagerProxyDbus> m_networkManager;
+    std::unique_ptr<ServiceManagerProxyDbus> m_serviceManager;
+    std::vector<std::unique_ptr<QObject>> m_replaced;
+};

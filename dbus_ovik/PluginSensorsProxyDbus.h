@@ -1,0 +1,37 @@
+#pragma once
+
+#include "IProxy/OVIKPlatformInterface.h"
+#include "dbus_ovik/OVIKDBusProxy.h"
+
+/// The I/O points of one plug-in module. -1 or no bytes without an I/O object; 0 or no bytes when
+/// the call fails.
+class PluginSensorsProxyDbus : public IPluginSensors
+{
+    Q_OBJECT
+    using Client = ComWenuOVIKPlatformSensorsInterface;
+
+public:
+    PluginSensorsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path)
+        : IPluginSensors(parent), m_dbusObject(makeClient<Client>(path, *connection))
+    {
+    }
+
+    bool isValid() const { return m_dbusObject != nullptr; }
+
+public Q_SLOTS:
+    int getIoMode(uint ioId) override
+    {
+        return askValue(m_dbusObject, &Client::getIoMode, -1, ioId);
+    }
+    QByteArray readIo(uint ioId, uint length) override
+    {
+        return askValue(m_dbusObject, &Client::readIo, QByteArray(), ioId, length);
+    }
+    int writeIo(uint ioId, const QByteArray& data) override
+    {
+        return askValue(m_dbusObject, &Client::writeIo, -1, ioId, data);
+    }
+
+private:
+    std::unique_ptr<Client> m_dbusObject;
+};

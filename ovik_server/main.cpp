@@ -1,0 +1,54 @@
+#include "ovik_server/ovik_server.h"
+
+#include "wrapper_ovik/ovik_c.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace
+{
+constexpr const char* socketPath = "/tmp/ovik_server.socket";
+constexpr useconds_t idleSleepMicroseconds = 10000;
+/// No backend at first; the D-Bus backend as soon as the platform's service can be reached.
+constexpr int startMode = 6;
+
+/// A run that was killed leaves its socket file behind: it is removed, once.
+bool start(OvikServer& server)
+{
+    if (server.start(socketPath))
+        return true;
+    printf("RETRY: Unlinking server at %s\n", socketPath);
+    printf("unlink returned %d\n", unlink(socketPath));
+    return server.start(socketPath);
+}
+} // namespace
+
+int main()
+{
+    setvbuf(stdout, nullptr, _IOLBF, 0); // a failure's line is out before its response
+    signal(SIGPIPE, SIG_IGN);            // a client gone before its answer is a failed write
+
+    OvikServer server;
+    if (!start(server)) {
+        puts("ovik_server start failed");
+        return EXIT_FAILURE;
+    }
+    // A bridge that failed to start leaves every call with a status of its own, so this serves on.
+    ovik_init(startMode);
+
+    while (!server.isQuit()) {
+        if (!server.process())
+            usleep(idleSleepMicroseconds);
+    }
+
+    puts("---- ovik_shutdown ----");
+    const status_t status = ovik_shutdown();
+    if (status != OVIK_OK) {
+        printf("ovik_shutdown failed with %d\n", status);
+        return EXIT_FAILURE;
+    }
+    puts("ovik_server exiting");
+    return EXIT_SUCCESS;
+}

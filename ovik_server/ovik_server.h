@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ovik_server/domain_server.h"
+
+/// The service's socket: answers each request by one call of the C API.
+class OvikServer : public DomainServer
+{
+public:
+    /// True once a client has sent "quit".
+    bool isQuit() const { return m_quit; }
+    void quit() { m_quit = true; }
+
+    /// Answers with one response; the text of @p req up to its NUL counts, not @p len.
+    bool handleReq(const char* req, int len) override;
+
+private:
+    bool m_quit = false;
+};
+

@@ -1,0 +1,53 @@
+#include "ovik_server/service_command.h"
+
+#include <atomic>
+#include <unistd.h>
+
+namespace
+{
+constexpr int maxSleeps = 120;
+constexpr useconds_t sleepMicroseconds = 500000;
+
+// Two threads meet here: the callback writes the texts and then clears the flag, the request reads
+// the texts only after it has seen the flag cleared.
+std::atomic<bool> g_commandResultPending{false};
+QString g_resultService;
+QString g_resultCmd;
+QString g_resultJson;
+} // namespace
+
+void onCommandResult(const char* service, const char* cmd, const char* json)
+{
+    if (!g_commandResultPending.load(std::memory_order_acquire))
+        return;
+    g_resultService = QString::fromUtf8(service);
+    g_resultCmd = QString::fromUtf8(cmd);
+    g_resultJson = QString::fromUtf8(json);
+    g_commandResultPending.store(false, std::memory_order_release);
+}
+
+status_t serviceCommand(OvikServer&, const Fields& in, Result& out)
+{
+    const bool isScan = in.text(1) == "wifi" && in.text(2) == "scan";
+    // Before the call, so that an outcome which comes at once is not missed. A failed call or a
+    // time-out leaves it set on purpose: the next command of any kind then waits for that outcome.
+    if (isScan)
+        g_commandResultPending.store(true, std::memory_order_release);
+
+    const status_t status =
+        ovik_serviceCommand(in.text(1).constData(), in.text(2).constData(), in.text(3).constData(),
+                            reinterpret_cast<void*>(onCommandResult), &out.value);
+    if (status != OVIK_OK)
+        return status;
+
+    for (int sleeps = 0; g_commandResultPending.load(std::memory_order_acquire); ++sleeps) {
+        if (sleeps == maxSleeps)
+            return OVIK_TIMEOUT;
+        usleep(sleepMicroseconds);
+    }
+    if (isScan)
+        out.outcome = QString(";%1;%2;%3")
+                          .arg(g_resultService, g_resultCmd, g_resultJson)
+                          .toUtf8();
+    return OVIK_OK;
+}

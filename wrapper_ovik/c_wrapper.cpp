@@ -1,0 +1,425 @@
+#include "wrapper_ovik/ovik_c.h"
+
+#include "wrapper_ovik/ovikapplication.h"
+
+#include <QByteArray>
+#include <QMetaObject>
+#include <QMetaType>
+#include <QTimer>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace
+{
+/// Null before ovik_init() has succeeded and after ovik_shutdown().
+std::atomic<OvikApplication*> ovikApp{nullptr};
+/// The application thread; counts while qMainStarted.
+pthread_t qMainId;
+bool qMainStarted = false;
+
+void* qMain(void* arg)
+{
+    int argc = 1; // QCoreApplication keeps a reference to it
+    OvikApplication app(argc, nullptr);
+
+    const auto mode = static_cast<int>(reinterpret_cast<intptr_t>(arg));
+    switch (mode) {
+    case 4:
+        app.setMode(1);
+        QTimer::singleShot(10000, &app, SLOT(checkDbus()));
+        break;
+    case 6:
+        app.setMode(0);
+        QTimer::singleShot(1, &app, SLOT(checkDbus()));
+        break;
+    default:
+        app.setMode(mode);
+    }
+    // Not before the start mode stands, so that no request meets the object without one.
+    ovikApp.store(&app, std::memory_order_release);
+    OvikApplication::exec();
+    return nullptr;
+}
+
+OvikApplication* application() { return ovikApp.load(std::memory_order_acquire); }
+
+/// A queued call from here that blocks would wait for itself for ever.
+bool onApplicationThread() { return pthread_equal(pthread_self(), qMainId) != 0; }
+
+template <class T>
+const char* typeName()
+{
+    return QMetaType::typeName(qMetaTypeId<T>());
+}
+
+/// Runs a slot, named by its string, on the application thread and waits for its result.
+template <class Result, class... Args>
+void invoke(OvikApplication* app, const char* slot, Result& result, const Args&... args)
+{
+    QMetaObject::invokeMethod(app, slot, Qt::BlockingQueuedConnection,
+                              QReturnArgument<Result>(typeName<Result>(), result),
+                              QArgument<Args>(typeName<Args>(), args)...);
+}
+
+/// One request: what the slot hands back. A slot that does not run leaves OVIK_NOT_RUN.
+template <class Resp, class... Args>
+Resp request(const char* slot, const Args&... args)
+{
+    OvikApplication* const app = application();
+    if (!app)
+        return {OVIK_NO_APPLICATION, {}};
+    Resp resp = {OVIK_NOT_RUN, {}};
+    if (!onApplicationThread())
+        invoke(app, slot, resp, args...);
+    return resp;
+}
+
+/// A request for one value of the type that @p out points to.
+template <class Resp, class Value, class... Args>
+status_t valueFunc(const char* slot, Value* out, const Args&... args)
+{
+    const auto resp = request<Resp>(slot, args...);
+    if (resp.status == OVIK_OK)
+        *out = resp.value;
+    return resp.status;
+}
+
+/// What a caller's length says of its buffer: a negative one, that it has none.
+size_t size(int length) { return static_cast<size_t>(std::max(length, 0)); }
+
+QByteArray utf8(const QByteArray& bytes) { return bytes; }
+QByteArray utf8(const QString& text) { return text.toUtf8(); }
+
+/// A request for a text; see the top of ovik_c.h for how it is cut and terminated.
+template <class Resp, class... Args>
+status_t textFunc(const char* slot, char* buffer, int length, const Args&... args)
+{
+    const auto resp = request<Resp>(slot, args...);
+    if (resp.status == OVIK_OK)
+        strncpy(buffer, utf8(resp.value).constData(), size(length));
+    return resp.status;
+}
+
+/// A request for @p count bytes, filled up with zero bytes.
+template <class... Args>
+status_t bytesFunc(const char* slot, unsigned char* out, size_t count, const Args&... args)
+{
+    const auto resp = request<StatusByteArrayResp>(slot, args...);
+    if (resp.status == OVIK_OK) {
+        const size_t sent = std::min(count, static_cast<size_t>(resp.value.size()));
+        memcpy(out, resp.value.constData(), sent);
+        memset(out + sent, 0, count - sent);
+    }
+    return resp.status;
+}
+
+template <class... Args>
+status_t intFunc(const char* slot, int* value, const Args&... args)
+{
+    return valueFunc<StatusIntResp>(slot, value, args...);
+}
+
+status_t noParamFunc(const char* method, int* value) { return intFunc(method, value); }
+
+status_t oneIntFunc(const char* method, int arg, int* value) { return intFunc(method, value, arg); }
+
+status_t getStringFunc(const char* method, char* buffer, int length)
+{
+    return textFunc<StatusByteArrayResp>(method, buffer, length);
+}
+
+QString text(const char* utf8) { return QString::fromUtf8(utf8); }
+} // namespace
+
+status_t ovik_init(int mode)
+{
+    if (application())
+        return OVIK_OK;
+    // A thread that an earlier call gave up waiting for is waited for again, not doubled.
+    if (!qMainStarted) {
+        if (pthread_create(&qMainId, nullptr, qMain, reinterpret_cast<void*>(intptr_t(mode))) != 0)
+            return OVIK_NO_THREAD;
+        qMainStarted = true;
+    }
+    for (int sleeps = 0; !application(); ++sleeps) {
+        if (sleeps == 1000)
+            return OVIK_NO_APPLICATION;
+        usleep(10000);
+    }
+    return OVIK_OK;
+}
+
+status_t ovik_setMode(int mode)
+{
+    OvikApplication* const app = application();
+    if (!app)
+        return OVIK_NOT_STARTED;
+    if (onApplicationThread())
+        return OVIK_NOT_RUN;
+    int result = 0;
+    invoke(app, "setMode", result, mode);
+    return result;
+}
+
+status_t ovik_shutdown()
+{
+    if (!application())
+        return OVIK_NOT_STARTED;
+    if (onApplicationThread())
+        return OVIK_NOT_RUN;
+    ovik_setMode(0); // no proxy is in use any more when the loop stops
+    QMetaObject::invokeMethod(application(), "quit", Qt::BlockingQueuedConnection);
+    ovikApp.store(nullptr, std::memory_order_release);
+    pthread_join(qMainId, nullptr);
+    qMainStarted = false;
+    return OVIK_OK;
+}
+
+int ovik_doSomething()
+{
+    int result = 0;
+    OvikApplication* const app = application();
+    if (app && !onApplicationThread())
+        invoke(app, "doSomething", result);
+    return result;
+}
+
+status_t ovik_getBuzzerMode(int* pMode) { return noParamFunc("getBuzzerMode", pMode); }
+
+status_t ovik_getBrightness(int* pResp) { return noParamFunc("getBrightness", pResp); }
+
+status_t ovik_getSysCounter(int* pResp) { return noParamFunc("getSysCounter", pResp); }
+
+status_t ovik_getBackLightCounter(int* pResp) { return noParamFunc("getBackLightCounter", pResp); }
+
+status_t ovik_applyNewConfiguration(int* pResp)
+{
+    return noParamFunc("applyNewConfiguration", pResp);
+}
+
+status_t ovik_setBuzzerMode(int mode, int* pResp)
+{
+    return oneIntFunc("setBuzzerMode", mode, pResp);
+}
+
+status_t ovik_setBuzzerUserControl(int control, int* pResp)
+{
+    return oneIntFunc("setBuzzerUserControl", control, pResp);
+}
+
+status_t ovik_setBuzzerOnTime(int time, int* pResp)
+{
+    return oneIntFunc("setBuzzerOnTime", time, pResp);
+}
+
+status_t ovik_setBuzzerOffTime(int time, int* pResp)
+{
+    return oneIntFunc("setBuzzerOffTime", time, pResp);
+}
+
+status_t ovik_saveBrightness(int value, int* pResp)
+{
+    return oneIntFunc("saveBrightness", value, pResp);
+}
+
+status_t ovik_mainOsVersion(char* version, int maxLen)
+{
+    return getStringFunc("mainOsVersion", version, maxLen);
+}
+
+status_t ovik_getNetworkConfigJson(char* json, int maxLen)
+{
+    return getStringFunc("getNetworkConfigJson", json, maxLen);
+}
+
+status_t ovik_getStorageInfoJson(const char* name, char* pJson, int maxLen)
+{
+    return textFunc<StatusByteArrayResp>("getStorageInfoJson", pJson, maxLen, text(name));
+}
+
+status_t ovik_getVolatileParameter(const char* key, char* pResp, int maxLength)
+{
+    return textFunc<StatusStringResp>("getVolatileParameter", pResp, maxLength, text(key));
+}
+
+status_t ovik_getSystemParameter(const char* key, char* pResp, int maxLength)
+{
+    return textFunc<StatusStringResp>("getSystemParameter", pResp, maxLength, text(key));
+}
+
+status_t ovik_getAllVolatileParametersJson(char* pResp, int maxLength)
+{
+    return textFunc<StatusStringResp>("getAllVolatileParametersJson", pResp, maxLength);
+}
+
+status_t ovik_getAllSystemParametersJson(char* pResp, int maxLength)
+{
+    return textFunc<StatusStringResp>("getAllSystemParametersJson", pResp, maxLength);
+}
+
+status_t ovik_setVolatileParameter(const char* key, const char* value, int* pResp)
+{
+    return intFunc("setVolatileParameter", pResp, text(key), text(value));
+}
+
+status_t ovik_setSystemParameter(const char* key, const char* value, int* pResp)
+{
+    return intFunc("setSystemParameter", pResp, text(key), text(value));
+}
+
+status_t ovik_setSystemParametersJson(const char* key, const char* json, int* pResp)
+{
+    return intFunc("setSystemParametersJson", pResp, text(key), text(json));
+}
+
+status_t ovik_setInterfaceConfigJson(const char* interface, const char* config, int* pResp)
+{
+    return intFunc("setInterfaceConfigJson", pResp, text(interface), text(config));
+}
+
+status_t ovik_seepromRead(int offset, int len, unsigned char* pData)
+{
+    return bytesFunc("seepromRead", pData, size(len), offset, len);
+}
+
+status_t ovik_seepromReadSlave(int slaveAddr, int offset, int len, unsigned char* pData)
+{
+    return bytesFunc("seepromReadSlave", pData, size(len), slaveAddr, offset, len);
+}
+
+status_t ovik_getHWPluginIO(unsigned int slot, unsigned int index, unsigned char* input,
+                            unsigned int count)
+{
+    return bytesFunc("getHWPluginIO", input, count, slot, index, static_cast<int>(count));
+}
+
+status_t ovik_getHWPluginIOMode(unsigned int slot, unsigned int index, int* mode)
+{
+    return intFunc("getHWPluginIOMode", mode, slot, index);
+}
+
+status_t ovik_getHWPluginLedMode(unsigned int slot, unsigned int index, int* mode)
+{
+    return intFunc("getHWPluginLedMode", mode, slot, index);
+}
+
+status_t ovik_setHWPluginIO(unsigned int slot, unsigned int index, unsigned char* output,
+                            unsigned int count, int* pResp)
+{
+    return intFunc("setHWPluginIO", pResp, slot, index,
+                   QByteArray(reinterpret_cast<const char*>(output), static_cast<int>(count)));
+}
+
+status_t ovik_setHWPluginLedUserControl(unsigned int slot, unsigned int index, int control,
+                                        int* pResp)
+{
+    return intFunc("setHWPluginLedUserControl", pResp, slot, index, control);
+}
+
+status_t ovik_setHWPluginLedValue(unsigned int slot, unsigned int index, unsigned int value,
+                                  int* pResp)
+{
+    return intFunc("setHWPluginLedValue", pResp, slot, index, value);
+}
+
+status_t ovik_setHWPluginLedOnTime(unsigned int slot, unsigned int index, int onTime, int* pResp)
+{
+    return intFunc("setHWPluginLedOnTime", pResp, slot, index, onTime);
+}
+
+status_t ovik_setHWPluginLedOffTime(unsigned int slot, unsigned int index, int offTime, int* pResp)
+{
+    return intFunc("setHWPluginLedOffTime", pResp, slot, index, offTime);
+}
+
+status_t ovik_setHWPluginLedFlash(unsigned int slot, unsigned int index, int time, int* pResp)
+{
+    return intFunc("setHWPluginLedFlash", pResp, slot, index, time);
+}
+
+status_t ovik_setHWPluginLedBlink(unsigned int slot, unsigned int index, int onTime, int offTime,
+                                  int* pResp)
+{
+    return intFunc("setHWPluginLedBlink", pResp, slot, index, onTime, offTime);
+}
+
+status_t ovik_serviceStart(const char* service, int* pResp)
+{
+    return intFunc("serviceStart", pResp, text(service));
+}
+
+status_t ovik_serviceStop(const char* service, int* pResp)
+{
+    return intFunc("serviceStop", pResp, text(service));
+}
+
+status_t ovik_serviceRestart(const char* service, int* pResp)
+{
+    return intFunc("serviceRestart", pResp, text(service));
+}
+
+status_t ovik_serviceReload(const char* service, int* pResp)
+{
+    return intFunc("serviceReload", pResp, text(service));
+}
+
+status_t ovik_serviceEnable(const char* service, int* pResp)
+{
+    return intFunc("serviceEnable", pResp, text(service));
+}
+
+status_t ovik_serviceDisable(const char* service, int* pResp)
+{
+    return intFunc("serviceDisable", pResp, text(service));
+}
+
+status_t ovik_serviceEnabled(const char* service, bool* pResp)
+{
+    return valueFunc<StatusBoolResp>("serviceEnabled", pResp, text(service));
+}
+
+status_t ovik_serviceApply(const char* service, int* pResp)
+{
+    return intFunc("serviceApply", pResp, text(service));
+}
+
+status_t ovik_serviceControlled(const char* service, bool* pResp)
+{
+    return valueFunc<StatusBoolResp>("serviceControlled", pResp, text(service));
+}
+
+status_t ovik_serviceState(const char* service, int* pResp)
+{
+    return intFunc("serviceState", pResp, text(service));
+}
+
+status_t ovik_serviceCommand(const char* service, const char* cmd, const char* opts,
+                             void* fnCallback, int* pResp)
+{
+    return intFunc("serviceCommand", pResp, text(service), text(cmd), text(opts), fnCallback);
+}
+
+status_t ovik_getSystemInfo(char* moduleName, int maxLen, unsigned char* hwCode,
+                            unsigned short* manufactureCode)
+{
+    const auto resp = request<SystemInfoResp>("getSystemInfo");
+    if (resp.status != OVIK_OK)
+        return resp.status;
+    const systemInfo& info = resp.info;
+    // The record's field need not be terminated, so it bounds the copy as well.
+    const QByteArray name(reinterpret_cast<const char*>(info.moduleName), sizeof info.moduleName);
+    strncpy(moduleName, name.constData(), size(maxLen));
+    *hwCode = info.hwCode;
+    *manufactureCode =
+        static_cast<unsigned short>(info.manufactureCode[0] | info.manufactureCode[1] << 8);
+    return OVIK_OK;
+}
+
+status_t ovik_getAvailableMemory(uint64_t* pSize)
+{
+    return valueFunc<StatusUint64Resp>("getAvailableMemory", pSize);
+}

@@ -1,0 +1,157 @@
+#pragma once
+
+#include "IProxy/OVIKPlatformRecords.h"
+#include "IProxy/ovik_status.h"
+#include "dbus_ovik/OVIKInterfaceDbus.h"
+
+#include <QByteArray>
+#include <QCoreApplication>
+#include <QMetaType>
+#include <QString>
+#include <QVector>
+
+// What a slot hands back to the thread that asked: a status, and a value that counts on OVIK_OK
+// only. The C API names a slot's return type by its metatype name, so each record is declared as
+// one under exactly its own name.
+
+struct StatusIntResp {
+    status_t status;
+    int value;
+};
+struct StatusBoolResp {
+    status_t status;
+    bool value;
+};
+struct StatusByteArrayResp {
+    status_t status;
+    QByteArray value;
+};
+struct StatusStringResp {
+    status_t status;
+    QString value;
+};
+struct StatusUint64Resp {
+    status_t status;
+    qulonglong value;
+};
+struct SystemInfoResp {
+    status_t status;
+    systemInfo info;
+};
+Q_DECLARE_METATYPE(StatusIntResp)
+Q_DECLARE_METATYPE(StatusBoolResp)
+Q_DECLARE_METATYPE(StatusByteArrayResp)
+Q_DECLARE_METATYPE(StatusStringResp)
+Q_DECLARE_METATYPE(StatusUint64Resp)
+Q_DECLARE_METATYPE(SystemInfoResp)
+
+/**
+ * The application object of the thread that the platform is reached from.
+ *
+ * It owns the backends and points at the proxies of the one in use; a request slot forwards to one
+ * of those pointers. Every slot runs on this object's thread.
+ */
+class OvikApplication : public QCoreApplication
+{
+    Q_OBJECT
+public:
+    /// @param argc must outlive the object, as QCoreApplication asks.
+    OvikApplication(int& argc, char** argv);
+    ~OvikApplication() override;
+
+public Q_SLOTS:
+    /// Initialises the D-Bus backend and adopts it, or tries again after a second, without limit.
+    void checkDbus();
+
+    /**
+     * Chooses the backend: 0 none, 1 in-process, 2 D-Bus, 3 D-Bus as it stands, without
+     * initialising it, 5 D-Bus or none. The backend used before stays up.
+     *
+     * @return OVIK_OK, OVIK_BACKEND_FAILED with nothing changed, or OVIK_ILLEGAL_MODE.
+     */
+    int setMode(int mode);
+
+    /// 0 none, 1 in-process, 2 D-Bus.
+    int getMode();
+
+    /// Tells that the thread is alive: 0.
+    int doSomething();
+
+    // One slot per request. OVIK_NO_PLATFORM without a proxy, else the status of the proxy.
+    StatusIntResp getBuzzerMode();
+    StatusIntResp setBuzzerMode(int mode);
+    StatusIntResp setBuzzerUserControl(int control);
+    StatusIntResp setBuzzerOnTime(int time);
+    StatusIntResp setBuzzerOffTime(int time);
+    StatusIntResp getBrightness();
+    StatusIntResp saveBrightness(int value);
+    SystemInfoResp getSystemInfo();
+    // EEPROM addresses are bytes: the low 8 bits count. The platform's result code is dropped.
+    StatusByteArrayResp seepromRead(int addr, int len);
+    StatusByteArrayResp seepromReadSlave(int slaveAddr, int addr, int len);
+    StatusIntResp getSysCounter();
+    StatusIntResp getBackLightCounter();
+    StatusStringResp getVolatileParameter(const QString& key);
+    StatusStringResp getAllVolatileParametersJson();
+    StatusStringResp getSystemParameter(const QString& key);
+    StatusStringResp getAllSystemParametersJson();
+    StatusIntResp setVolatileParameter(const QString& key, const QString& value);
+    StatusIntResp setSystemParameter(const QString& key, const QString& value);
+    StatusIntResp setSystemParametersJson(const QString& key, const QString& json);
+    StatusByteArrayResp mainOsVersion();
+    // The two JSON documents below as Latin-1.
+    StatusByteArrayResp getStorageInfoJson(const QString& name);
+    StatusUint64Resp getAvailableMemory();
+    StatusByteArrayResp getNetworkConfigJson();
+    StatusIntResp setInterfaceConfigJson(const QString& interface, const QString& config);
+    StatusIntResp applyNewConfiguration();
+
+    // Plug-in modules. The slot is a place in the list of the modules found: OVIK_EMPTY_SLOT where
+    // there is none, OVIK_NO_PLATFORM for a module without such points. A call that fails at the
+    // platform gives OVIK_OK and 0.
+    StatusIntResp getHWPluginIOMode(unsigned int slot, unsigned int index);
+    StatusByteArrayResp getHWPluginIO(unsigned int slot, unsigned int index, int count);
+    StatusIntResp setHWPluginIO(unsigned int slot, unsigned int index, QByteArray output);
+    StatusIntResp getHWPluginLedMode(unsigned int slot, unsigned int index);
+    StatusIntResp setHWPluginLedUserControl(unsigned int slot, unsigned int index, int control);
+    StatusIntResp setHWPluginLedValue(unsigned int slot, unsigned int index, unsigned int value);
+    StatusIntResp setHWPluginLedOnTime(unsigned int slot, unsigned int index, int onTime);
+    StatusIntResp setHWPluginLedOffTime(unsigned int slot, unsigned int index, int offTime);
+    StatusIntResp setHWPluginLedFlash(unsigned int slot, unsigned int index, int time);
+    StatusIntResp setHWPluginLedBlink(unsigned int slot, unsigned int index, int onTime,
+                                      int offTime);
+
+    StatusIntResp serviceStart(QString service);
+    StatusIntResp serviceStop(QString service);
+    StatusIntResp serviceRestart(QString service);
+    StatusIntResp serviceReload(QString service);
+    StatusIntResp serviceEnable(QString service);
+    StatusIntResp serviceDisable(QString service);
+    StatusBoolResp serviceEnabled(QString service);
+    StatusIntResp serviceApply(QString service);
+    StatusBoolResp serviceControlled(QString service);
+    StatusIntResp serviceState(QString service);
+    /// @param fnCallback see IServiceManagerProxy::command().
+    StatusIntResp serviceCommand(QString service, QString cmd, QString opts, void* fnCallback);
+
+private:
+    void useNone();
+    void useDbus();
+    template <class Backend>
+    void adopt(Backend& backend);
+
+    int m_mode = 0;
+    OVIKInterfaceDbus m_interfaceDbus;
+    // Not owned; null for a facility that the backend in use lacks.
+    ISystemInfoProxy* m_systemInfo = nullptr;
+    IBuzzerProxy* m_buzzer = nullptr;
+    IBacklightProxy* m_backlight = nullptr;
+    ISeepromProxy* m_seeprom = nullptr;
+    IOvikProxy* m_ovik = nullptr;
+    IMainOsProxy* m_mainOs = nullptr;
+    IStorageManagerProxy* m_storageManager = nullptr;
+    ISysStatProxy* m_sysStat = nullptr;
+    INetworkManagerProxy* m_networkManager = nullptr;
+    IServiceManagerProxy* m_serviceManager = nullptr;
+    QVector<HWPluginInstanceProxyDbus*> m_HWPluginInstances;
+};
