@@ -1,0 +1,37 @@
+#pragma once
+
+#include "tests/support/process.h"
+
+#include <optional>
+#include <string>
+
+/// A client of a SOCK_SEQPACKET server. Failing to connect throws.
+class Client
+{
+public:
+    explicit Client(const std::string& path);
+    ~Client() { disconnect(); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    int fd() const { return m_fd; }
+
+    /// Sends exactly these bytes as one message.
+    bool sendBytes(const std::string& bytes);
+    /// Sends a text with its NUL.
+    bool send(const std::string& text) { return sendBytes(text + '\0'); }
+    /// The next message with every byte of it; nothing when none comes in time.
+    std::optional<std::string> receiveBytes(std::chrono::milliseconds bound = patience);
+    /// The next message, which must end with its one NUL, without it. Otherwise a text that says
+    /// so.
+    std::string receive(std::chrono::milliseconds bound = patience);
+    /// Sends a request and returns its response.
+    std::string request(const std::string& text, std::chrono::milliseconds bound = patience);
+    void disconnect();
+
+private:
+    int m_fd = -1;
+};
+
+/// True when somebody listens there.
+bool isListening(const std::string& path);

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <future>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// What the fake platform answers to a call; the tests make it with the functions below.
+using Reply = std::function<int(sd_bus_message* call)>;
+
+/// A reply of the given signature; values as for sd_bus_message_append().
+template <class... Values>
+Reply replyWith(const char* signature, Values... values)
+{
+    return [=](sd_bus_message* call) {
+        return sd_bus_reply_method_return(call, signature, values...);
+    };
+}
+Reply replyText(const std::string& text);
+Reply replyBytes(const std::string& bytes);
+/// An EEPROM's reply: a result and bytes.
+Reply replyResultAndBytes(int result, const std::string& bytes);
+Reply replyError(const std::string& name);
+/// No reply, ever.
+Reply silence();
+
+/**
+ * The platform's service, made by hand on the bus and without Qt, so that what the product sends is
+ * seen by something that shares no code with it.
+ *
+ * It runs in a thread of its own. A call is recorded before it is answered.
+ */
+class FakePlatform
+{
+public:
+    /// Every object path with its interface: the whole panel with modules in slots 0 and 2.
+    static std::map<std::string, std::string> wholePanel();
+
+    explicit FakePlatform(std::map<std::string, std::string> objects = wholePanel(),
+                          bool ownName = true);
+    ~FakePlatform();
+
+    /// Sets the answer to "Interface.Member", the interface by its last name component.
+    void answer(const std::string& member, Reply reply);
+    /// Sets the answer to Introspect at a path; overrides what wholePanel() says of it.
+    void answerIntrospection(const std::string& path, Reply reply);
+
+    /// The calls since the last time this was asked, each as "path interface.member(signature)
+    /// values", without those that only ask what is there.
+    std::vector<std::string> takeCalls();
+    /// How often Introspect was called.
+    int introspections() const { return m_introspections; }
+    bool waitForCall(const std::string& text);
+
+    void emitCommandResult(const std::string& service, const std::string& command,
+                           const std::string& json);
+
+    void ownName();
+    void releaseName();
+
+private:
+    static int onMessage(sd_bus_message* message, void* self, sd_bus_error* error);
+    int handle(sd_bus_message* message);
+    int introspect(sd_bus_message* message, const std::string& path);
+    void run();
+    void onThread(const std::function<void()>& task);
+
+    const std::map<std::string, std::string> m_objects;
+    sd_bus* m_bus = nullptr;
+    int m_wakeup = -1;
+    std::atomic<bool> m_stop{false};
+    std::atomic<int> m_introspections{0};
+    std::mutex m_mutex;
+    std::map<std::string, Reply> m_answers;
+    std::map<std::string, Reply> m_introspectionAnswers;
+    std::vector<std::string> m_calls;
+    std::deque<std::packaged_task<void()>> m_tasks;
+    std::thread m_thread;
+};

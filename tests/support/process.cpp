@@ -1,0 +1,155 @@
+#include "tests/support/process.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound)
+{
+    const auto deadline = std::chrono::steady_clock::now() + bound;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
+}
+
+TempDir::TempDir()
+{
+    char name[] = "/tmp/ovik_test_XXXXXX";
+    if (!mkdtemp(name))
+        throw std::runtime_error("no temporary directory");
+    m_path = name;
+}
+
+TempDir::~TempDir()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
+
+namespace
+{
+/// A pipe whose ends no other child inherits; its reading end does not block.
+void makePipe(int (&ends)[2])
+{
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw std::runtime_error("no pipe");
+    fcntl(ends[0], F_SETFL, O_NONBLOCK);
+}
+} // namespace
+
+Process::Process(const std::vector<std::string>& command,
+                 const std::vector<std::string>& environment)
+{
+    int out[2];
+    int err[2];
+    makePipe(out);
+    makePipe(err);
+
+    std::vector<char*> argv;
+    for (const std::string& word : command)
+        argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+
+    m_pid = fork();
+    if (m_pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no child behind
+        dup2(out[1], STDOUT_FILENO);
+        dup2(err[1], STDERR_FILENO);
+        for (const std::string& variable : environment)
+            putenv(const_cast<char*>(variable.c_str()));
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    close(out[1]);
+    close(err[1]);
+    m_out.fd = out[0];
+    m_err.fd = err[0];
+    if (m_pid == -1)
+        throw std::runtime_error("cannot start " + command.front());
+}
+
+Process::~Process()
+{
+    stop();
+    close(m_out.fd);
+    close(m_err.fd);
+}
+
+void Process::Stream::drain()
+{
+    char chunk[4096];
+    ssize_t got;
+    while ((got = read(fd, chunk, sizeof chunk)) > 0)
+        text.append(chunk, static_cast<size_t>(got));
+}
+
+const std::string& Process::output()
+{
+    m_out.drain();
+    return m_out.text;
+}
+
+const std::string& Process::errors()
+{
+    m_err.drain();
+    return m_err.text;
+}
+
+std::string Process::newOutput()
+{
+    const std::string fresh = output().substr(m_seen);
+    m_seen = m_out.text.size();
+    return fresh;
+}
+
+bool Process::waitForOutput(const std::string& text, std::chrono::milliseconds bound)
+{
+    return waitUntil([&] { return output().find(text) != std::string::npos; }, bound);
+}
+
+bool Process::waitForErrors(const std::string& text, std::chrono::milliseconds bound)
+{
+    return waitUntil([&] { return errors().find(text) != std::string::npos; }, bound);
+}
+
+bool Process::running()
+{
+    if (m_pid == -1)
+        return false;
+    int status = 0;
+    if (waitpid(m_pid, &status, WNOHANG) != m_pid)
+        return true;
+    m_status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    m_pid = -1;
+    return false;
+}
+
+int Process::wait(std::chrono::milliseconds bound)
+{
+    // Reading on keeps the child from waiting for room in a pipe.
+    return waitUntil([&] { return output(), errors(), !running(); }, bound) ? m_status : -1;
+}
+
+void Process::signal(int number)
+{
+    if (running())
+        kill(m_pid, number);
+}
+
+void Process::stop()
+{
+    signal(SIGTERM);
+    if (wait(5s) == -1 && running()) {
+        signal(SIGKILL);
+        wait();
+    }
+}

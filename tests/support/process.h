@@ -1,0 +1,73 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+using namespace std::chrono_literals;
+
+/// The bound of every wait of the tests. An event that is due is waited for, never slept for.
+constexpr std::chrono::milliseconds patience = 20s;
+
+/// Polls @p condition until it holds; false when it does not within @p bound.
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound = patience);
+
+/// A directory of its own under /tmp, removed with everything in it.
+class TempDir
+{
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    std::string path(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
+
+/// A child process whose standard output and error are collected. It ends with this object.
+class Process
+{
+public:
+    explicit Process(const std::vector<std::string>& command,
+                     const std::vector<std::string>& environment = {});
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    pid_t pid() const { return m_pid; }
+
+    /// Standard output so far: everything that was written before this call.
+    const std::string& output();
+    /// Standard error so far.
+    const std::string& errors();
+    /// Standard output since the last call of this function.
+    std::string newOutput();
+
+    bool waitForOutput(const std::string& text, std::chrono::milliseconds bound = patience);
+    bool waitForErrors(const std::string& text, std::chrono::milliseconds bound = patience);
+
+    bool running();
+    /// Waits for the end; the exit status, or 128 + the signal, or -1 when it does not end in time.
+    int wait(std::chrono::milliseconds bound = patience);
+    void signal(int number);
+    /// Ends it, gently at first.
+    void stop();
+
+private:
+    struct Stream {
+        int fd = -1;
+        std::string text;
+        void drain();
+    };
+
+    pid_t m_pid = -1;
+    int m_status = -1;
+    Stream m_out;
+    Stream m_err;
+    size_t m_seen = 0;
+};

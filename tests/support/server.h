@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tests/support/client.h"
+#include "tests/support/process.h"
+
+#include <memory>
+
+/// The path is part of the system, so only one server can run on a machine.
+inline const char* const serverSocket = "/tmp/ovik_server.socket";
+
+/// While it lives, no other test of this user's starts a server; waits for its turn.
+class ServerLock
+{
+public:
+    ServerLock();
+    ~ServerLock();
+
+private:
+    int m_fd;
+};
+
+/// The real program, alone on the machine. Throws when somebody else's server holds the socket.
+class Server
+{
+public:
+    /// @param prefix what to run it under, e.g. {"prlimit", "--nofile=64"}
+    explicit Server(const std::vector<std::string>& prefix = {});
+
+    /// Starts it again after it has ended; returns when it listens.
+    void start();
+
+    Process& process() { return *m_process; }
+    /// Waits until the D-Bus backend answers requests.
+    bool waitForPlatform();
+
+private:
+    ServerLock m_lock;
+    std::vector<std::string> m_command;
+    std::unique_ptr<Process> m_process;
+};
