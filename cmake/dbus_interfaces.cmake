@@ -27,11 +27,13 @@ function(ovik_dbus_clients sources_var)
     set(${sources_var} ${sources} PARENT_SCOPE)
 endfunction()
 
-# ovik_dbus_adaptor(SOURCES_VAR INTERFACE HEADER PARENT): generates the adaptor class
-# PARENT + Adaptor, which answers INTERFACE by calling the methods of PARENT, declared in HEADER.
+# ovik_dbus_adaptor(SOURCES_VAR INTERFACE HEADER PARENT): generates the adaptor class that answers
+# INTERFACE by calling the methods of PARENT, declared in HEADER. It is named the interface's last
+# name component + Adaptor.
 function(ovik_dbus_adaptor sources_var interface header parent)
     set(sources ${${sources_var}})
-    set(file ${OVIK_DBUS_INTERFACE_DIR}/${interface}.xml)
-    qt5_add_dbus_adaptor(sources ${file} ${header} ${parent} ${parent}Adaptor ${parent}Adaptor)
+    string(REGEX REPLACE ".*\\." "" last ${interface})
+    qt5_add_dbus_adaptor(sources ${OVIK_DBUS_INTERFACE_DIR}/${interface}.xml
+        ${header} ${parent} ${last}Adaptor ${last}Adaptor)
     set(${sources_var} ${sources} PARENT_SCOPE)
 endfunction()

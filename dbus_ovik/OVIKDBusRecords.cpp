@@ -75,24 +75,18 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, bootldrInfo& reco
 QDBusArgument& operator<<(QDBusArgument& argument, const ovikStorageInfo& record)
 {
     argument.beginStructure();
-    argument << bytes(record.mountPoint) << record.deviceType << qulonglong(record.totalSpace)
-             << qulonglong(record.freeSpace) << uint(record.accessFlag);
+    argument << bytes(record.mountPoint) << record.deviceType << record.totalSpace
+             << record.freeSpace << record.accessFlag;
     argument.endStructure();
     return argument;
 }
 
 const QDBusArgument& operator>>(const QDBusArgument& argument, ovikStorageInfo& record)
 {
-    qulonglong totalSpace = 0;
-    qulonglong freeSpace = 0;
-    uint accessFlag = 0;
     argument.beginStructure();
-    argument >> into(record.mountPoint) >> record.deviceType >> totalSpace >> freeSpace >>
-        accessFlag;
+    argument >> into(record.mountPoint) >> record.deviceType >> record.totalSpace >>
+        record.freeSpace >> record.accessFlag;
     argument.endStructure();
-    record.totalSpace = totalSpace;
-    record.freeSpace = freeSpace;
-    record.accessFlag = accessFlag;
     return argument;
 }
 

@@ -20,7 +20,14 @@ Server::Server(const std::vector<std::string>& prefix) : m_command(prefix)
     m_command.push_back(OVIK_SERVER_PATH);
     if (isListening(serverSocket))
         throw std::runtime_error("another server holds " + std::string(serverSocket));
+    unlink(serverSocket);
     start();
+}
+
+Server::~Server()
+{
+    m_process->stop();
+    unlink(serverSocket);
 }
 
 void Server::start()

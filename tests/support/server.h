@@ -25,6 +25,8 @@ class Server
 public:
     /// @param prefix what to run it under, e.g. {"prlimit", "--nofile=64"}
     explicit Server(const std::vector<std::string>& prefix = {});
+    /// Ends it and removes the socket file that it may have left behind.
+    ~Server();
 
     /// Starts it again after it has ended; returns when it listens.
     void start();

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "IProxy/OVIKPlatformRecords.h"
+
+#include <QDBusArgument>
+
+// How the records that only the panel sends travel over D-Bus: as those in
+// dbus_ovik/OVIKDBusRecords.h.
+
+QDBusArgument& operator<<(QDBusArgument& argument, const splashImageInfo& record);
+const QDBusArgument& operator>>(const QDBusArgument& argument, splashImageInfo& record);
+
+QDBusArgument& operator<<(QDBusArgument& argument, const sSEEModule& record);
+const QDBusArgument& operator>>(const QDBusArgument& argument, sSEEModule& record);

@@ -1,0 +1,306 @@
+// The program from its start to its end, with and without a platform.
+
+#include "tests/support/fake_platform.h"
+#include "tests/support/private_bus.h"
+#include "tests/support/server.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fcntl.h>
+#include <fstream>
+#include <numeric>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+bool socketFileExists()
+{
+    struct stat ignored;
+    return lstat(serverSocket, &ignored) == 0;
+}
+
+std::string quit() { return Client(serverSocket).request("quit"); }
+
+/// Runs the program where it cannot serve, while no other test's server does.
+struct FailingRun {
+    ServerLock lock;
+    std::string output;
+    int status = -1;
+
+    void run()
+    {
+        Process server({OVIK_SERVER_PATH});
+        status = server.wait();
+        output = server.output();
+    }
+};
+
+// --- Start and end -------------------------------------------------------------------------------
+
+TEST(Lifecycle, QuitIsAnsweredAndThenTheProcessEndsInOrder)
+{
+    PrivateBus bus;
+    Server server;
+    EXPECT_EQ(quit(), "0");
+    EXPECT_EQ(server.process().wait(), 0);
+    EXPECT_EQ(server.process().output(), "---- ovik_shutdown ----\novik_server exiting\n");
+    EXPECT_FALSE(socketFileExists());
+}
+
+TEST(Lifecycle, NoRequestIsReadAfterQuit)
+{
+    PrivateBus bus;
+    Server server;
+    Client client(serverSocket);
+    client.send("quit;anything");
+    client.send("getBrightness");
+    EXPECT_EQ(client.receive(), "0");
+    EXPECT_EQ(server.process().wait(), 0);
+    EXPECT_EQ(client.receiveBytes(), std::nullopt) << "reset: the second request was not read";
+}
+
+TEST(Lifecycle, ArgumentsAreIgnored)
+{
+    PrivateBus bus;
+    ServerLock lock;
+    Process server({OVIK_SERVER_PATH, "--help", "x"});
+    ASSERT_TRUE(waitUntil([] { return isListening(serverSocket); }));
+    EXPECT_EQ(quit(), "0");
+    EXPECT_EQ(server.wait(), 0);
+}
+
+TEST(Lifecycle, ASocketFileLeftBehindIsRemovedOnce)
+{
+    PrivateBus bus;
+    Server server;
+    server.process().signal(SIGKILL);
+    ASSERT_EQ(server.process().wait(), 128 + SIGKILL);
+    ASSERT_TRUE(socketFileExists());
+
+    server.start();
+    EXPECT_EQ(server.process().output(), "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
+                                         "unlink returned 0\n");
+    EXPECT_EQ(server.process().errors(), "OVIK_SERVER: bind: Address already in use\n");
+    EXPECT_EQ(quit(), "0");
+    EXPECT_EQ(server.process().wait(), 0);
+}
+
+TEST(Lifecycle, APathThatCannotBeFreedEndsTheProgram)
+{
+    FailingRun program;
+    ASSERT_EQ(mkdir(serverSocket, 0700), 0); // unlink does not remove a directory
+    program.run();
+    rmdir(serverSocket);
+    EXPECT_EQ(program.status, 1);
+    EXPECT_EQ(program.output, "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
+                              "unlink returned -1\n"
+                              "ovik_server start failed\n");
+}
+
+TEST(Lifecycle, TheProgramServesOnWhenItsOutputIsClosed)
+{
+    PrivateBus bus;
+    // Its standard output is a pipe that nobody reads: every write of a log line is refused.
+    Server server({"bash", "-c", "exec \"$0\" > >(exec true)"});
+    Client client(serverSocket);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(client.request("getBrightness"), "-1");
+    EXPECT_TRUE(server.process().running());
+}
+
+TEST(Lifecycle, AClientGoneBeforeItsAnswerDoesNoHarm)
+{
+    PrivateBus bus;
+    Server server;
+    for (int i = 0; i < 100; ++i) {
+        Client client(serverSocket);
+        client.send("getBrightness");
+    }
+    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "-1");
+    EXPECT_TRUE(server.process().running());
+}
+
+// --- The platform comes and goes -----------------------------------------------------------------
+
+TEST(Lifecycle, WithoutABusEveryRequestIsAnsweredMinusOne)
+{
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus", 1);
+    Server server;
+    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "-1");
+    EXPECT_EQ(Client(serverSocket).request("getHWPluginLedMode;0;0"), "-10");
+    EXPECT_TRUE(server.process().waitForOutput("OVIK_SERVER: getBrightness error -1\n"));
+    EXPECT_EQ(quit(), "0");
+    EXPECT_EQ(server.process().wait(), 0);
+}
+
+TEST(Lifecycle, APlatformThatComesLaterIsAdoptedWithinSeconds)
+{
+    PrivateBus bus;
+    Server server;
+    ASSERT_EQ(Client(serverSocket).request("getBrightness"), "-1");
+    ASSERT_TRUE(server.process().waitForErrors(
+        "Cannot find dbus node in system bus. Fallback to use session bus"));
+
+    FakePlatform platform;
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    ASSERT_TRUE(server.waitForPlatform());
+    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "0 75");
+}
+
+TEST(Lifecycle, ABusThatComesLaterIsFound)
+{
+    PrivateBus bus;
+    bus.stop();
+    Server server;
+    ASSERT_EQ(Client(serverSocket).request("getBrightness"), "-1");
+
+    bus.start();
+    FakePlatform platform;
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    ASSERT_TRUE(server.waitForPlatform());
+    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "0 75");
+}
+
+TEST(Lifecycle, APlatformThatGoesIsAFailureUntilItIsBack)
+{
+    PrivateBus bus;
+    FakePlatform platform;
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    platform.answer("Leds.GetLedMode", replyWith("i", 2));
+    platform.answer("Leds.SetLedValue", replyWith("i", 9));
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+
+    platform.releaseName();
+    server.process().newOutput();
+    {
+        Client client(serverSocket);
+        EXPECT_EQ(client.request("getBrightness"), "-4");
+        EXPECT_EQ(client.request("getHWPluginLedMode;0;0"), "0 0");
+        EXPECT_EQ(server.process().newOutput(),
+                  "getReplyValue: error\nOVIK_SERVER: getBrightness error -4\n");
+    }
+    platform.ownName();
+    Client client(serverSocket);
+    EXPECT_TRUE(waitUntil([&] { return client.request("getBrightness") == "0 75"; }));
+    EXPECT_EQ(client.request("setHWPluginLedValue;0;0;1"), "0 9");
+}
+
+TEST(Lifecycle, AFacilityThatThePlatformLacksIsAnsweredMinusOne)
+{
+    PrivateBus bus;
+    auto objects = FakePlatform::wholePanel();
+    objects.erase("/Buzzer");
+    objects.erase("/HWPlugin/0");
+    FakePlatform platform(objects);
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    platform.answer("Leds.GetLedMode", replyWith("i", 1));
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+    Client client(serverSocket);
+    EXPECT_EQ(client.request("getBuzzerMode"), "-1");
+    EXPECT_EQ(client.request("getBrightness"), "0 75");
+    platform.takeCalls();
+    EXPECT_EQ(client.request("getHWPluginLedMode;0;4"), "0 1");
+    EXPECT_EQ(platform.takeCalls(),
+              std::vector<std::string>{"/HWPlugin/2/Leds com.wenu.OVIK.Leds.GetLedMode(u) 4"});
+    EXPECT_EQ(client.request("getHWPluginLedMode;1;4"), "-10");
+    EXPECT_NE(server.process().errors().find("m_buzzer not valid\n"), std::string::npos);
+}
+
+// --- Times ---------------------------------------------------------------------------------------
+//
+// On a loaded machine a single measurement tells nothing about the program, so the best of a few
+// counts.
+
+TEST(Times, FromTheStartToTheFirstGoodAnswerItTakesAtMost100Ms)
+{
+    PrivateBus bus;
+    FakePlatform platform;
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    double best = 1e9;
+    for (int i = 0; i < 10 && best > 100; ++i) {
+        const auto start = Clock::now();
+        Server server;
+        ASSERT_TRUE(server.waitForPlatform());
+        best = std::min(best, millisecondsSince(start));
+        EXPECT_EQ(quit(), "0");
+        EXPECT_EQ(server.process().wait(), 0);
+    }
+    EXPECT_LE(best, 100);
+    RecordProperty("milliseconds", std::to_string(best));
+}
+
+TEST(Times, OneRequestAfterTheOtherTakesTheIdleSleepAndTheCall)
+{
+    PrivateBus bus;
+    FakePlatform platform;
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+    Client client(serverSocket);
+
+    double best = 1e9;
+    for (int round = 0; round < 10 && best > 11; ++round) {
+        std::vector<double> times;
+        for (int i = 0; i < 51; ++i) {
+            const auto start = Clock::now();
+            ASSERT_EQ(client.request("getBrightness"), "0 75");
+            times.push_back(millisecondsSince(start));
+        }
+        std::nth_element(times.begin(), times.begin() + 25, times.end());
+        best = std::min(best, times[25]);
+    }
+    EXPECT_LT(best, 11);
+    RecordProperty("median_milliseconds", std::to_string(best));
+}
+
+TEST(Times, PipelinedRequestsNeverWaitForTheSleep)
+{
+    PrivateBus bus;
+    Server server;
+    Client client(serverSocket);
+    constexpr int window = 50;
+    constexpr int requests = 5000;
+    const auto start = Clock::now();
+    for (int i = 0; i < requests; ++i) {
+        if (i >= window) {
+            ASSERT_EQ(client.receive(), "-8");
+        }
+        ASSERT_TRUE(client.send("unknown"));
+    }
+    for (int i = 0; i < window; ++i)
+        ASSERT_EQ(client.receive(), "-8");
+    // With a sleep before each of them this would be 50 s.
+    EXPECT_LT(millisecondsSince(start), 10000);
+}
+
+TEST(Times, WithoutAClientTheLoopWakesEveryTenMilliseconds)
+{
+    PrivateBus bus;
+    Server server;
+    const std::string path = "/proc/" + std::to_string(server.process().pid()) + "/status";
+    const auto wakeups = [&] {
+        std::ifstream file(path);
+        std::string word;
+        long count = 0;
+        while (file >> word && word != "voluntary_ctxt_switches:") {
+        }
+        file >> count;
+        return count;
+    };
+    const long before = wakeups();
+    const auto start = Clock::now();
+    ASSERT_TRUE(waitUntil([&] { return wakeups() >= before + 50; }));
+    EXPECT_GE(millisecondsSince(start), 490);
+}
+} // namespace

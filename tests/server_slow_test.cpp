@@ -1,0 +1,66 @@
+// What takes a minute and more: the limits of a service command's wait, and clients without end.
+
+#include "tests/support/fake_platform.h"
+#include "tests/support/private_bus.h"
+#include "tests/support/server.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+TEST(Slow, AScanWithoutOutcomeTimesOutAndTheNextCommandWaitsInItsPlace)
+{
+    PrivateBus bus;
+    FakePlatform platform;
+    platform.answer("ServiceManager.command", replyWith("i", 4));
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+    Client client(serverSocket);
+
+    // No outcome: 120 sleeps of half a second.
+    server.process().newOutput();
+    auto start = Clock::now();
+    EXPECT_EQ(client.request("serviceCommand;wifi;scan;{}", 90s), "-9");
+    EXPECT_GE(Clock::now() - start, 60s);
+    EXPECT_LT(Clock::now() - start, 65s);
+    EXPECT_EQ(server.process().newOutput(), "OVIK_SERVER: serviceCommand error timeout\n");
+
+    // The time-out left the flag set: a command of any kind now waits, and times out as well.
+    start = Clock::now();
+    EXPECT_EQ(client.request("serviceCommand;x;y;z", 90s), "-9");
+    EXPECT_GE(Clock::now() - start, 60s);
+    EXPECT_EQ(server.process().newOutput(), "OVIK_SERVER: serviceCommand error timeout\n");
+
+    // An outcome that comes at last ends that.
+    platform.takeCalls();
+    start = Clock::now();
+    client.send("serviceCommand;x;y;z");
+    ASSERT_TRUE(platform.waitForCall("command(sss)"));
+    platform.emitCommandResult("wifi", "scan", "late");
+    EXPECT_EQ(client.receive(), "0 4");
+    EXPECT_LT(Clock::now() - start, 5s);
+    start = Clock::now();
+    EXPECT_EQ(client.request("serviceCommand;x;y;z"), "0 4");
+    EXPECT_LT(Clock::now() - start, 400ms);
+}
+
+TEST(Slow, TenThousandClientsInTurnAreServedWith64Descriptors)
+{
+    PrivateBus bus;
+    Server server({"prlimit", "--nofile=64"});
+    // The next clients wait in the queue already, so that each costs one idle sleep.
+    std::deque<std::unique_ptr<Client>> clients;
+    for (int served = 0, connected = 0; served < 10000; ++served) {
+        for (; clients.size() < 10 && connected < 10000; ++connected) {
+            clients.push_back(std::make_unique<Client>(serverSocket));
+            ASSERT_TRUE(clients.back()->send("unknown"));
+        }
+        ASSERT_EQ(clients.front()->receive(), "-8") << served;
+        clients.pop_front();
+    }
+}
+} // namespace

@@ -1,0 +1,151 @@
+// Service commands, whose outcome may come later than their answer. Quick cases; those that wait
+// out the time limit are in server_slow_test.
+
+#include "tests/support/fake_platform.h"
+#include "tests/support/private_bus.h"
+#include "tests/support/server.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+const std::string call = "/ServiceManager com.wenu.OVIK.ServiceManager.command(sss) ";
+
+class ServiceCommand : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        platform.answer("ServiceManager.command", replyWith("i", 4));
+        platform.answer("ServiceManager.state", replyWith("i", 3));
+        ASSERT_TRUE(server.waitForPlatform());
+        client = std::make_unique<Client>(serverSocket);
+        platform.takeCalls();
+    }
+
+    /// Sends a command and returns when the platform has got it.
+    void sendAndWaitForCall(const std::string& text)
+    {
+        platform.takeCalls();
+        client->send(text);
+        ASSERT_TRUE(platform.waitForCall(call));
+    }
+
+    PrivateBus bus;
+    FakePlatform platform;
+    Server server;
+    std::unique_ptr<Client> client; // not before, as one client is served at a time
+};
+
+TEST_F(ServiceCommand, AScanIsAnsweredWithItsOutcomeInStepsOfHalfASecond)
+{
+    const auto start = Clock::now();
+    sendAndWaitForCall("serviceCommand;wifi;scan;{}");
+    std::this_thread::sleep_until(start + 1200ms);
+    platform.emitCommandResult("wifi", "scan", "{\"networks\": []}");
+    EXPECT_EQ(client->receive(), "0 4;wifi;scan;{\"networks\": []}");
+    // Three sleeps; the call itself and a loaded machine come on top.
+    const auto elapsed = Clock::now() - start;
+    EXPECT_GE(elapsed, 1500ms);
+    EXPECT_LT(elapsed, 2000ms);
+}
+
+TEST_F(ServiceCommand, AScanMakesItsCall)
+{
+    platform.answer("ServiceManager.command", replyError("com.wenu.OVIK.Failed"));
+    EXPECT_EQ(client->request("serviceCommand;wifi;scan;{\"a\": 1}"), "-4");
+    EXPECT_EQ(platform.takeCalls(), std::vector{call + "\"wifi\" \"scan\" \"{\"a\": 1}\""});
+    EXPECT_EQ(server.process().newOutput(),
+              "getReplyValue: error\nOVIK_SERVER: serviceCommand error -4\n");
+}
+
+TEST_F(ServiceCommand, AnOutcomeThatIsThereBeforeTheReplyCostsNoSleep)
+{
+    platform.answer("ServiceManager.command", [](sd_bus_message* message) {
+        sd_bus* const connection = sd_bus_message_get_bus(message);
+        sd_bus_emit_signal(connection, "/ServiceManager", "com.wenu.OVIK.ServiceManager",
+                           "commandResult", "sss", "wifi", "scan", "[]");
+        return sd_bus_reply_method_return(message, "i", 0);
+    });
+    // The signal is handed over by the application thread's event loop, so right after the reply;
+    // it may lose the race against the first look at the flag, but not every time.
+    bool atOnce = false;
+    for (int i = 0; i < 20 && !atOnce; ++i) {
+        const auto start = Clock::now();
+        ASSERT_EQ(client->request("serviceCommand;wifi;scan;{}"), "0 0;wifi;scan;[]");
+        atOnce = Clock::now() - start < 400ms;
+    }
+    EXPECT_TRUE(atOnce);
+}
+
+TEST_F(ServiceCommand, AnyOtherCommandIsAnsweredAtOnceAndItsOutcomeIgnored)
+{
+    for (const std::string text :
+         {"wifi;connect;{}", "WIFI;SCAN;{}", "ntp;scan;{}", "wifi;Scan;"}) {
+        const auto start = Clock::now();
+        EXPECT_EQ(client->request("serviceCommand;" + text), "0 4") << text;
+        EXPECT_LT(Clock::now() - start, 400ms);
+        platform.emitCommandResult("wifi", "connect", "late");
+    }
+    // The ignored outcomes are not taken for a later scan's.
+    EXPECT_EQ(client->request("serviceState;wifi"), "0 3");
+    sendAndWaitForCall("serviceCommand;wifi;scan;{}");
+    platform.emitCommandResult("wifi", "scan", "mine");
+    EXPECT_EQ(client->receive(), "0 4;wifi;scan;mine");
+}
+
+TEST_F(ServiceCommand, AnyOutcomeEndsAScansWait)
+{
+    sendAndWaitForCall("serviceCommand;wifi;scan;{}");
+    platform.emitCommandResult("ntp", "sync", "{}");
+    EXPECT_EQ(client->receive(), "0 4;ntp;sync;{}");
+}
+
+TEST_F(ServiceCommand, WithTooFewFieldsNothingIsCalledOrAwaited)
+{
+    EXPECT_EQ(client->request("serviceCommand;wifi;scan"), "-8");
+    const auto start = Clock::now();
+    EXPECT_EQ(client->request("serviceCommand;x;y;z"), "0 4");
+    EXPECT_LT(Clock::now() - start, 400ms);
+}
+
+TEST_F(ServiceCommand, AfterAScanWhoseCallFailedTheNextCommandWaitsForAnOutcome)
+{
+    platform.answer("ServiceManager.command", replyError("com.wenu.OVIK.Failed"));
+    ASSERT_EQ(client->request("serviceCommand;wifi;scan;{}"), "-4");
+    platform.takeCalls();
+
+    platform.answer("ServiceManager.command", replyWith("i", 8));
+    const auto start = Clock::now();
+    sendAndWaitForCall("serviceCommand;x;y;z");
+    std::this_thread::sleep_until(start + 600ms);
+    platform.emitCommandResult("wifi", "scan", "late");
+    EXPECT_EQ(client->receive(), "0 8");
+    EXPECT_GE(Clock::now() - start, 1000ms);
+}
+
+TEST_F(ServiceCommand, NonAsciiOutcomesAreHandedOverAsLatin1AndReadAsUtf8)
+{
+    sendAndWaitForCall("serviceCommand;wifi;scan;{}");
+    platform.emitCommandResult("wifi", "scan", "a\u00fcb\u20acc");
+    EXPECT_EQ(client->receive(), "0 4;wifi;scan;a\ufffdb?c");
+}
+
+TEST_F(ServiceCommand, AnOutcomeThatDoesNotFitIsCutAtItsEnd)
+{
+    sendAndWaitForCall("serviceCommand;wifi;scan;{}");
+    platform.emitCommandResult("wifi", "scan", std::string(20000, 'x'));
+    const std::string response = client->receive();
+    EXPECT_EQ(response.size(), 9999u);
+    EXPECT_EQ(response.substr(0, 20), "0 4;wifi;scan;xxxxxx");
+}
+
+TEST_F(ServiceCommand, PlaceholdersInAnOutcomeAreText)
+{
+    sendAndWaitForCall("serviceCommand;wifi;scan;{}");
+    platform.emitCommandResult("%1%2%3", "%3", "%s%n%1");
+    EXPECT_EQ(client->receive(), "0 4;%1%2%3;%3;%s%n%1");
+}
+} // namespace
