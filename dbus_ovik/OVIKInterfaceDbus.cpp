@@ -66,7 +66,10 @@ bool OVIKInterfaceDbus::init()
 bool OVIKInterfaceDbus::connectToBus()
 {
     if (!m_connection) {
-        m_connection = std::make_unique<QDBusConnection>(QDBusConnection::systemBus());
+        // Qt itself only points at its connection to the system bus: freed after the disconnection
+        // below, it would be used again by the next systemBus(). So one reference is never dropped.
+        static const auto* const systemBus = new QDBusConnection(QDBusConnection::systemBus());
+        m_connection = std::make_unique<QDBusConnection>(*systemBus);
         return m_connection->isConnected();
     }
 

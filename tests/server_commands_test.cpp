@@ -27,25 +27,6 @@ const std::string eeprom = "/I2CSEEPROM com.wenu.OVIK.I2CSEEPROM.";
 const std::string network = "/NetworkManager com.wenu.OVIK.NetworkManager.";
 const std::string buzzer = "/Buzzer com.wenu.OVIK.Buzzer.";
 
-Reply systemInfoReply()
-{
-    return [](sd_bus_message* call) {
-        sd_bus_message* reply = nullptr;
-        sd_bus_message_new_method_return(call, &reply);
-        sd_bus_message_open_container(reply, 'r', "yyyayayyyayy");
-        sd_bus_message_append(reply, "yyy", 1, 2, 26);
-        sd_bus_message_append_array(reply, 'y', "ABC", 3);
-        sd_bus_message_append_array(reply, 'y', "PANEL", 5);
-        sd_bus_message_append(reply, "yy", 17, 3);
-        sd_bus_message_append_array(reply, 'y', "\x01\x02", 2);
-        sd_bus_message_append(reply, "y", 9);
-        sd_bus_message_close_container(reply);
-        const int sent = sd_bus_send(nullptr, reply, nullptr);
-        sd_bus_message_unref(reply);
-        return sent;
-    };
-}
-
 // "quit" has tests of its own. The plug-in rows name slot 1: the second module found, in slot 2.
 // clang-format off
 const std::vector<Row> rows = {
@@ -59,7 +40,7 @@ const std::vector<Row> rows = {
     {"setBuzzerUserControl", ";2", "Buzzer.SetBuzzerUserControl", replyWith("i", 0), {buzzer + "SetBuzzerUserControl(i) 2"}, "0 0", "setBuzzerUserControl"},
     {"setBuzzerOnTime", ";300", "Buzzer.SetBuzzerOnTime", replyWith("i", 0), {buzzer + "SetBuzzerOnTime(i) 300"}, "0 0", "setBuzzerOnTime"},
     {"setBuzzerOffTime", ";-5", "Buzzer.SetBuzzerOffTime", replyWith("i", 7), {buzzer + "SetBuzzerOffTime(i) -5"}, "0 7", "setBuzzerOffTime"},
-    {"getSystemInfo", "", "SystemInfo.info", systemInfoReply(), {"/SystemInfo com.wenu.OVIK.SystemInfo.info()"}, "0 PANEL,17,513", "getSystemInfo"},
+    {"getSystemInfo", "", "SystemInfo.info", replySystemInfo("ABC", "PANEL", "\x01\x02"), {"/SystemInfo com.wenu.OVIK.SystemInfo.info()"}, "0 PANEL,17,513", "getSystemInfo"},
     {"getStorageInfoJson", ";data", "StorageMgr.getStorageInfoJSON", replyText("{\"free\": 1}"), {"/StorageMgr com.wenu.OVIK.StorageMgr.getStorageInfoJSON(s) \"data\""}, "0 {\"free\": 1}", "getStorageInfo"},
     {"getNetworkConfigJson", "", "NetworkManager.getConfigJSON", replyText("{}"), {network + "getConfigJSON()"}, "0 {}", "getNetworkConfigJson"},
     {"setInterfaceConfigJson", ";eth0;{\"a\":1}", "NetworkManager.setInterfaceConfigJSON", replyWith("i", -1), {network + "setInterfaceConfigJSON(ss) \"eth0\" \"{\"a\":1}\""}, "0 -1", "setInterfaceConfigJson"},

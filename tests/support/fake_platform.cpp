@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <poll.h>
+#include <sstream>
 #include <stdexcept>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -31,51 +32,63 @@ std::string hex(const void* data, size_t size)
     return text + "]";
 }
 
+template <class Value>
+std::string number(sd_bus_message* message, char type)
+{
+    Value value = {};
+    check(sd_bus_message_read_basic(message, type, &value), "read");
+    std::ostringstream text;
+    text << +value;
+    return text.str();
+}
+
+std::string values(sd_bus_message* message);
+
+std::string oneValue(sd_bus_message* message, char type, const char* contents)
+{
+    switch (type) {
+    case 's': {
+        const char* text = nullptr;
+        check(sd_bus_message_read_basic(message, type, &text), "read");
+        return '"' + std::string(text) + '"';
+    }
+    case 'i':
+        return number<int32_t>(message, type);
+    case 'n':
+        return number<int16_t>(message, type);
+    case 'u':
+        return number<uint32_t>(message, type);
+    case 't':
+        return number<uint64_t>(message, type);
+    case 'y':
+        return number<uint8_t>(message, type);
+    case 'd':
+        return number<double>(message, type);
+    case 'a': {
+        const void* bytes = nullptr;
+        size_t size = 0;
+        check(sd_bus_message_read_array(message, 'y', &bytes, &size), "read");
+        return hex(bytes, size);
+    }
+    case 'r': {
+        check(sd_bus_message_enter_container(message, type, contents), "enter");
+        const std::string fields = values(message);
+        check(sd_bus_message_exit_container(message), "exit");
+        return "(" + fields + " )";
+    }
+    default:
+        throw std::runtime_error("a type that no test expects");
+    }
+}
+
 /// The arguments of a call as text, by their types on the wire.
 std::string values(sd_bus_message* message)
 {
     std::string text;
     char type = 0;
     const char* contents = nullptr;
-    while (sd_bus_message_peek_type(message, &type, &contents) > 0) {
-        std::string value = "?";
-        switch (type) {
-        case 's': {
-            const char* s = nullptr;
-            check(sd_bus_message_read(message, "s", &s), "read");
-            value = '"' + std::string(s) + '"';
-            break;
-        }
-        case 'i': {
-            int32_t i = 0;
-            check(sd_bus_message_read(message, "i", &i), "read");
-            value = std::to_string(i);
-            break;
-        }
-        case 'u': {
-            uint32_t u = 0;
-            check(sd_bus_message_read(message, "u", &u), "read");
-            value = std::to_string(u);
-            break;
-        }
-        case 'y': {
-            uint8_t y = 0;
-            check(sd_bus_message_read(message, "y", &y), "read");
-            value = std::to_string(y);
-            break;
-        }
-        case 'a': {
-            const void* bytes = nullptr;
-            size_t size = 0;
-            check(sd_bus_message_read_array(message, 'y', &bytes, &size), "read");
-            value = hex(bytes, size);
-            break;
-        }
-        default:
-            check(sd_bus_message_skip(message, nullptr), "skip");
-        }
-        text += ' ' + value;
-    }
+    while (sd_bus_message_peek_type(message, &type, &contents) > 0)
+        text += ' ' + oneValue(message, type, contents);
     return text;
 }
 
@@ -91,28 +104,69 @@ Reply replyText(const std::string& text)
         [=](sd_bus_message* call) { return sd_bus_reply_method_return(call, "s", text.c_str()); };
 }
 
-Reply replyBytes(const std::string& bytes)
+Reply replyFilledBy(std::function<void(sd_bus_message*)> fill)
 {
     return [=](sd_bus_message* call) {
         sd_bus_message* reply = nullptr;
         check(sd_bus_message_new_method_return(call, &reply), "reply");
-        check(sd_bus_message_append_array(reply, 'y', bytes.data(), bytes.size()), "append");
+        fill(reply);
         const int sent = sd_bus_send(nullptr, reply, nullptr);
         sd_bus_message_unref(reply);
         return sent;
     };
 }
 
+void appendBytes(sd_bus_message* reply, const std::string& bytes)
+{
+    check(sd_bus_message_append_array(reply, 'y', bytes.data(), bytes.size()), "append");
+}
+
+Reply replyBytes(const std::string& bytes)
+{
+    return replyFilledBy([=](sd_bus_message* reply) { appendBytes(reply, bytes); });
+}
+
 Reply replyResultAndBytes(int result, const std::string& bytes)
 {
-    return [=](sd_bus_message* call) {
-        sd_bus_message* reply = nullptr;
-        check(sd_bus_message_new_method_return(call, &reply), "reply");
+    return replyFilledBy([=](sd_bus_message* reply) {
         check(sd_bus_message_append(reply, "i", result), "append");
-        check(sd_bus_message_append_array(reply, 'y', bytes.data(), bytes.size()), "append");
-        const int sent = sd_bus_send(nullptr, reply, nullptr);
-        sd_bus_message_unref(reply);
-        return sent;
+        appendBytes(reply, bytes);
+    });
+}
+
+Reply replySystemInfo(const std::string& serialNo, const std::string& moduleName,
+                      const std::string& manufactureCode)
+{
+    return replyFilledBy([=](sd_bus_message* reply) {
+        check(sd_bus_message_open_container(reply, 'r', "yyyayayyyayy"), "open");
+        check(sd_bus_message_append(reply, "yyy", 1, 2, 26), "append");
+        appendBytes(reply, serialNo);
+        appendBytes(reply, moduleName);
+        check(sd_bus_message_append(reply, "yy", 17, 3), "append");
+        appendBytes(reply, manufactureCode);
+        check(sd_bus_message_append(reply, "y", 9), "append");
+        check(sd_bus_message_close_container(reply), "close");
+    });
+}
+
+Reply replyStorageInfo(const std::string& mountPoint)
+{
+    return replyFilledBy([=](sd_bus_message* reply) {
+        check(sd_bus_message_open_container(reply, 'r', "ayittu"), "open");
+        appendBytes(reply, mountPoint);
+        check(sd_bus_message_append(reply, "ittu", -2, uint64_t(1) << 40, uint64_t(5), 7),
+              "append");
+        check(sd_bus_message_close_container(reply), "close");
+    });
+}
+
+Reply replyEcho()
+{
+    return [](sd_bus_message* call) {
+        check(sd_bus_message_rewind(call, true), "rewind");
+        return replyFilledBy([=](sd_bus_message* reply) {
+            check(sd_bus_message_copy(reply, call, true), "copy");
+        })(call);
     };
 }
 

@@ -28,6 +28,13 @@ Reply replyText(const std::string& text);
 Reply replyBytes(const std::string& bytes);
 /// An EEPROM's reply: a result and bytes.
 Reply replyResultAndBytes(int result, const std::string& bytes);
+/// Made on 1.2.26, hardware code 17.3, display 9.
+Reply replySystemInfo(const std::string& serialNo, const std::string& moduleName,
+                      const std::string& manufactureCode);
+/// A device of type -2 with 2^40 bytes, 5 of them free, and flags 7.
+Reply replyStorageInfo(const std::string& mountPoint);
+/// A reply of the call's own arguments.
+Reply replyEcho();
 Reply replyError(const std::string& name);
 /// No reply, ever.
 Reply silence();
