@@ -1,0 +1,15 @@
+// The C API as a plain C11 program uses it, which is a program of its own: c_program.c.
+
+#include "tests/support/private_bus.h"
+
+#include <gtest/gtest.h>
+
+TEST(CProgram, CallsEveryFunctionAgainstTheSimulatedPanel)
+{
+    PrivateBus bus;
+    Process panel({OVIK_PANEL_SIM_PATH});
+    ASSERT_TRUE(panel.waitForOutput("ready"));
+    Process program({OVIK_C_PROGRAM_PATH});
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(program.output(), "Illegal OvikApplication mode\n");
+}
