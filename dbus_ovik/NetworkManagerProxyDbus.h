@@ -21,7 +21,8 @@ public Q_SLOTS:
     {
         return ask(m_dbusObject, &Client::getConfigJSON, json);
     }
-    status_t setInterfaceConfigJson(const QString& interface, const QString& config, int& resp) override
+    status_t setInterfaceConfigJson(const QString& interface, const QString& config,
+                                    int& resp) override
     {
         return ask(m_dbusObject, &Client::setInterfaceConfigJSON, resp, interface, config);
     }

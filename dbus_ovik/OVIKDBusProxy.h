@@ -96,8 +96,8 @@ bool getReplyValue(QDBusPendingReply<T>& reply, T& value)
 
 /// One proxy operation: one call of the platform, its answer into @p resp.
 template <class Client, class Base, class T, class... Params, class... Args>
-status_t ask(const std::unique_ptr<Client>& client,
-             QDBusPendingReply<T> (Base::*method)(Params...), T& resp, const Args&... args)
+status_t ask(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Base::*method)(Params...),
+             T& resp, const Args&... args)
 {
     if (!client)
         return OVIK_NO_PLATFORM;
@@ -106,8 +106,8 @@ status_t ask(const std::unique_ptr<Client>& client,
 }
 
 /**
- * One plug-in operation: the platform's answer itself, or @p absent when there is no object to call.
- * A call that fails gives the default value; an error is not told apart.
+ * One plug-in operation: the platform's answer itself, or @p absent when there is no object to
+ * call. A call that fails gives the default value; an error is not told apart.
  */
 template <class Client, class T, class... Params, class... Args>
 T askValue(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Client::*method)(Params...),

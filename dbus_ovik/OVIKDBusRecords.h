@@ -6,8 +6,8 @@
 
 // How the platform's records travel over D-Bus: a structure of the fields in their order.
 //
-// A fixed byte field is sent whole, at its declared length and not cut at a zero byte. Reading takes
-// what arrived, at most the field, and clears the rest of it.
+// A fixed byte field is sent whole, at its declared length and not cut at a zero byte. Reading
+// takes what arrived, at most the field, and clears the rest of it.
 
 QDBusArgument& operator<<(QDBusArgument& argument, const systemInfo& record);
 const QDBusArgument& operator>>(const QDBusArgument& argument, systemInfo& record);

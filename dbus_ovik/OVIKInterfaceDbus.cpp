@@ -49,17 +49,17 @@ bool OVIKInterfaceDbus::init()
         return false;
     }
 
-    create(m_buzzer, "m_buzzer not valid\n");
-    create(m_backlight, "m_backlight not valid\n");
+    m_keeper.create(m_buzzer, "m_buzzer not valid\n", *m_connection);
+    m_keeper.create(m_backlight, "m_backlight not valid\n", *m_connection);
     findPlugins();
-    create(m_systemInfo, "m_systemInfo not valid\n");
-    create(m_seeprom, "m_seeprom not valid\n");
-    create(m_ovikProxy, "m_ovikProxy not valid\n");
-    create(m_mainOs, "m_mainOs not valid\n");
-    create(m_storageManager, "m_storageManager not valid\n");
-    create(m_sysStat, "m_sysStat not valid\n");
-    create(m_networkManager, "m_networkManager not valid\n");
-    create(m_serviceManager, "m_serviceManager not valid\n");
+    m_keeper.create(m_systemInfo, "m_systemInfo not valid\n", *m_connection);
+    m_keeper.create(m_seeprom, "m_seeprom not valid\n", *m_connection);
+    m_keeper.create(m_ovikProxy, "m_ovikProxy not valid\n", *m_connection);
+    m_keeper.create(m_mainOs, "m_mainOs not valid\n", *m_connection);
+    m_keeper.create(m_storageManager, "m_storageManager not valid\n", *m_connection);
+    m_keeper.create(m_sysStat, "m_sysStat not valid\n", *m_connection);
+    m_keeper.create(m_networkManager, "m_networkManager not valid\n", *m_connection);
+    m_keeper.create(m_serviceManager, "m_serviceManager not valid\n", *m_connection);
     return true;
 }
 
@@ -85,24 +85,13 @@ bool OVIKInterfaceDbus::connectToBus()
     return m_connection->isConnected();
 }
 
-template <class Proxy>
-void OVIKInterfaceDbus::create(std::unique_ptr<Proxy>& member, const char* warning)
-{
-    if (member)
-        m_replaced.push_back(std::move(member));
-    member = std::make_unique<Proxy>(*m_connection);
-    if (!member->isValid()) {
-        qWarning("%s", warning);
-        member.reset();
-    }
-}
-
 void OVIKInterfaceDbus::findPlugins()
 {
     for (int slot = 0; slot < pluginSlots; ++slot) {
         auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot);
         if (instance->isValid())
-            // On purpose behind what an earlier init() found: places in the list stay what they are.
+            // On purpose behind what an earlier init() found: places in the list stay what they
+            // are.
             m_HWPluginInstances.append(instance.release());
         else
             qWarning("HWPluginInstance not valid\n");
@@ -136,7 +125,7 @@ bool OVIKInterfaceDbus::isValid() const
            m_serviceManager;
 }
 
-void OVIKInterfaceDbus::releaseReplaced() { m_replaced.clear(); }
+void OVIKInterfaceDbus::releaseReplaced() { m_keeper.release(); }
 
 ISystemInfoProxy* OVIKInterfaceDbus::systemInfoProxy() { return m_systemInfo.get(); }
 IBuzzerProxy* OVIKInterfaceDbus::buzzerProxy() { return m_buzzer.get(); }

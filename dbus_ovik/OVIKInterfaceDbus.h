@@ -1,12 +1,12 @@
 #pragma once
 
 #include "IProxy/IOvikInterface.h"
+#include "IProxy/ProxyKeeper.h"
 
 #include <QDBusConnection>
 #include <QVector>
 
 #include <memory>
-#include <vector>
 
 class BacklightProxyDbus;
 class BuzzerProxyDbus;
@@ -72,8 +72,6 @@ public:
 
 private:
     bool connectToBus();
-    template <class Proxy>
-    void create(std::unique_ptr<Proxy>& member, const char* warning);
     void findPlugins();
 
     std::unique_ptr<QDBusConnection> m_connection;
@@ -89,5 +87,5 @@ private:
     std::unique_ptr<SysStatProxyDbus> m_sysStat;
     std::unique_ptr<NetworkManagerProxyDbus> m_networkManager;
     std::unique_ptr<ServiceManagerProxyDbus> m_serviceManager;
-    std::vector<std::unique_ptr<QObject>> m_replaced;
+    ProxyKeeper m_keeper;
 };

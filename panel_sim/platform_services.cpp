@@ -27,8 +27,9 @@ const sim::Storage* SimStorageManager::find(const QString& name) const
 {
     const auto& storages = m_panel.storages();
     const auto found =
-        std::find_if(storages.begin(), storages.end(),
-                     [&name](const sim::Storage& storage) { return storage.name == name; });
+        std::find_if(storages.begin(), storages.end(), [&name](const sim::Storage& storage) {
+            return storage.name == name || storage.mountPoint == name;
+        });
     return found == storages.end() ? nullptr : &*found;
 }
 

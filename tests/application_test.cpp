@@ -275,4 +275,143 @@ TEST_F(Application, EepromAddressesAreTheirLowByte)
     EXPECT_EQ(app.seepromRead(0x1A5, 1).value, "x");
     EXPECT_EQ(platform.takeCalls(), Texts{"/I2CSEEPROM com.wenu.OVIK.I2CSEEPROM.read(yu) 165 1"});
 }
+
+// --- Every switch after every other --------------------------------------------------------------
+
+/// Who answers a facility.
+enum Source { None, Local, Dbus };
+
+/// What the application should be like after the switches made so far.
+struct Expected {
+    bool busThere;
+    bool libraryThere;
+    int mode = 0;
+    Source buzzer = None;
+    Source services = None;
+    Source modules = None;
+    bool busInitialised = false;
+
+    int switchTo(int to)
+    {
+        switch (to) {
+        case 0:
+            return none();
+        case 1:
+            if (!libraryThere)
+                return -6;
+            mode = 1;
+            buzzer = Local; // service manager and modules stay
+            return 0;
+        case 2:
+            busInitialised |= busThere;
+            return busThere ? bus() : -6;
+        case 3:
+            return bus();
+        case 5:
+            busInitialised |= busThere;
+            return busThere ? bus() : none();
+        default:
+            return -7;
+        }
+    }
+
+private:
+    int none()
+    {
+        mode = 0;
+        buzzer = services = None; // the modules stay
+        return 0;
+    }
+    int bus()
+    {
+        mode = 2;
+        buzzer = services = modules = busInitialised ? Dbus : None;
+        return 0;
+    }
+};
+
+class Switches : public testing::TestWithParam<std::tuple<bool, bool>>
+{
+protected:
+    Switches()
+    {
+        theBus();
+        if (!std::get<1>(GetParam()))
+            setenv("OVIK_SIM_NO_FACTORY", "1", 1);
+    }
+    ~Switches() override { unsetenv("OVIK_SIM_NO_FACTORY"); }
+
+    /// On the bus the buzzer is in a mode that the library's never is in.
+    static Source source(const StatusIntResp& resp)
+    {
+        if (resp.status != 0)
+            return None;
+        return resp.value == 42 ? Dbus : Local;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Platforms, Switches, testing::Combine(testing::Bool(), testing::Bool()),
+                         [](const auto& row) {
+                             return std::string(std::get<0>(row.param) ? "Bus" : "NoBus") +
+                                    (std::get<1>(row.param) ? "Library" : "NoLibrary");
+                         });
+
+TEST_P(Switches, LeaveThePointersThatTheyShould)
+{
+    const auto [busThere, libraryThere] = GetParam();
+    FakePlatform platform(FakePlatform::wholePanel(), busThere);
+    for (const char* member : {"Buzzer.GetBuzzerMode", "ServiceManager.state", "Leds.GetLedMode"})
+        platform.answer(member, replyWith("i", 42));
+
+    testing::internal::CaptureStdout(); // the lines about illegal modes
+    for (int first = -1; first <= 7; ++first) {
+        for (int second = -1; second <= 7; ++second) {
+            int argc = 1;
+            OvikApplication app(argc, nullptr);
+            Expected expected{busThere, libraryThere};
+            for (const int mode : {first, second}) {
+                const int status = expected.switchTo(mode);
+                EXPECT_EQ(app.setMode(mode), status) << first << ' ' << second;
+                EXPECT_EQ(app.getMode(), expected.mode) << first << ' ' << second;
+                EXPECT_EQ(source(app.getBuzzerMode()), expected.buzzer) << first << ' ' << second;
+                EXPECT_EQ(source(app.serviceState("s")), expected.services)
+                    << first << ' ' << second;
+                EXPECT_EQ(source(app.getHWPluginLedMode(0, 0)), expected.modules)
+                    << first << ' ' << second;
+            }
+        }
+    }
+    testing::internal::GetCapturedStdout();
+}
+
+TEST_F(Application, CheckDbusFromTheInProcessModeChangesOver)
+{
+    FakePlatform platform;
+    platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 42));
+    ASSERT_EQ(app.setMode(1), 0);
+    EXPECT_EQ(app.getBuzzerMode().value, 0);
+    EXPECT_EQ(services(), -1);
+    app.checkDbus();
+    EXPECT_EQ(app.getMode(), 2);
+    EXPECT_EQ(app.getBuzzerMode().value, 42);
+}
+
+TEST_F(Application, ASecondAdoptionOfAPartialLibraryServesAndDanglesNowhere)
+{
+    setenv("OVIK_SIM_MISSING", "SysStat", 1);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(app.setMode(1), 0);
+        EXPECT_EQ(buzzer(), 0);
+        EXPECT_EQ(app.getAvailableMemory().status, -1);
+    }
+    // A switch that fails half-way: the library lost its factory.
+    setenv("OVIK_SIM_NO_FACTORY", "1", 1);
+    EXPECT_EQ(app.setMode(1), -6);
+    EXPECT_EQ(app.getMode(), 1);
+    EXPECT_EQ(buzzer(), 0);
+    unsetenv("OVIK_SIM_NO_FACTORY");
+    unsetenv("OVIK_SIM_MISSING");
+    ASSERT_EQ(app.setMode(1), 0);
+    EXPECT_EQ(app.getAvailableMemory().status, 0);
+}
 } // namespace

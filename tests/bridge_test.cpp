@@ -185,6 +185,25 @@ TEST_F(Bridge, InitCallsShutdownAndInitAgainWorkInOneProcess)
     }
 }
 
+TEST_F(Bridge, StartModeOneServesFromTheLibraryAlsoAfterARestart)
+{
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(ovik_init(1), 0);
+        int brightness = -1;
+        EXPECT_EQ(ovik_getBrightness(&brightness), 0);
+        EXPECT_GE(brightness, 0);
+        char name[6] = {};
+        unsigned char hwCode = 0;
+        unsigned short code = 0;
+        EXPECT_EQ(ovik_getSystemInfo(name, 5, &hwCode, &code), 0);
+        EXPECT_STREQ(name, "PANEL");
+        int value = 0;
+        EXPECT_EQ(ovik_serviceState("ssh", &value), -1);
+        EXPECT_EQ(ovik_getHWPluginLedMode(0, 0, &value), -10);
+        EXPECT_EQ(ovik_shutdown(), 0);
+    }
+}
+
 TEST_F(Bridge, AnUnknownStartModeLeavesNoBackend)
 {
     testing::internal::CaptureStdout();
@@ -242,14 +261,16 @@ TEST_F(Bridge, StartModeSixTriesEverySecondUntilThePlatformIsThere)
     EXPECT_EQ(texts.end()[-1], "OVIK set mode from 0 to 3");
 }
 
-TEST_F(Bridge, StartModeFourTriesTheBusAfterTenSeconds)
+TEST_F(Bridge, StartModeFourServesFromTheLibraryAndAfterTenSecondsTriesTheBus)
 {
     FakePlatform platform;
     platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
     const auto start = std::chrono::steady_clock::now();
     ASSERT_EQ(ovik_init(4), 0);
-    int mode = 0;
-    ASSERT_TRUE(waitUntil([&] { return ovik_getBuzzerMode(&mode) == 0; }));
+    int mode = -1;
+    EXPECT_EQ(ovik_getBuzzerMode(&mode), 0);
+    EXPECT_EQ(mode, 0) << "the library's buzzer";
+    ASSERT_TRUE(waitUntil([&] { return ovik_getBuzzerMode(&mode) == 0 && mode == 2; }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, 9500ms); // a timer of 5 % tolerance
     EXPECT_EQ(mode, 2);
 }

@@ -22,8 +22,8 @@
  * - Texts handed out are copied with strncpy and the caller's size: a shorter text is followed by
  *   NUL bytes up to the end, a text of that many bytes or more is cut and NOT terminated. A caller
  *   that needs a C string terminates the buffer itself.
- * - The meaning of values, modes, times and result codes is the platform's. Nothing is range-checked
- *   on the way.
+ * - The meaning of values, modes, times and result codes is the platform's. Nothing is
+ *   range-checked on the way.
  */
 #ifndef OVIK_C_H
 #define OVIK_C_H
@@ -37,16 +37,16 @@
 extern "C" {
 #endif
 
-/* --- Start, mode and stop ---------------------------------------------------------------------- */
+/* --- Start, mode and stop --- */
 
 /**
  * Starts the application thread; returns when it is ready or after about 10 s.
  *
  * @param mode 0 no backend; 1 in-process backend; 2 D-Bus backend; 5 D-Bus backend, or none if it
- *             fails; 4 in-process backend at first, and from 10 s on the D-Bus backend as soon as it
- *             comes up; 6 no backend at first, and the D-Bus backend as soon as it comes up, tried
- *             every second. A backend that fails to initialise, or an unknown mode, leaves no
- *             backend in use and does not make this fail.
+ *             fails; 4 in-process backend at first, and from 10 s on the D-Bus backend as soon as
+ *             it comes up; 6 no backend at first, and the D-Bus backend as soon as it comes up,
+ *             tried every second. A backend that fails to initialise, or an unknown mode, leaves
+ *             no backend in use and does not make this fail.
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
  *         OVIK_NO_APPLICATION (-3) when the application did not appear in time. It may still appear
  *         later: call again to go on waiting for it.
@@ -77,7 +77,7 @@ int ovik_doSomething(void);
  */
 void logOVIKErrors(char* err);
 
-/* --- Buzzer and backlight ---------------------------------------------------------------------- */
+/* --- Buzzer and backlight --- */
 
 status_t ovik_getBuzzerMode(int* pMode);
 status_t ovik_setBuzzerMode(int mode, int* pResp);
@@ -88,7 +88,7 @@ status_t ovik_getBrightness(int* pResp);
 /** Sets the brightness and keeps it over a restart. */
 status_t ovik_saveBrightness(int value, int* pResp);
 
-/* --- System information, counters, memory, storage --------------------------------------------- */
+/* --- System information, counters, memory, storage --- */
 
 /**
  * The panel's identity.
@@ -108,7 +108,7 @@ status_t ovik_mainOsVersion(char* version, int maxLen);
 /** @param maxLen size of @p pJson in bytes. The document comes as Latin-1. */
 status_t ovik_getStorageInfoJson(const char* name, char* pJson, int maxLen);
 
-/* --- Network ----------------------------------------------------------------------------------- */
+/* --- Network --- */
 
 /** @param maxLen size of @p json in bytes. The document comes as Latin-1. */
 status_t ovik_getNetworkConfigJson(char* json, int maxLen);
@@ -116,7 +116,7 @@ status_t ovik_getNetworkConfigJson(char* json, int maxLen);
 status_t ovik_setInterfaceConfigJson(const char* interface, const char* config, int* pResp);
 status_t ovik_applyNewConfiguration(int* pResp);
 
-/* --- Serial EEPROMs ---------------------------------------------------------------------------- */
+/* --- Serial EEPROMs --- */
 
 /**
  * Reads @p len bytes from @p offset, of which the low 8 bits count, into @p pData. Exactly @p len
@@ -126,7 +126,7 @@ status_t ovik_seepromRead(int offset, int len, unsigned char* pData);
 /** The same from the EEPROM at the bus address @p slaveAddr, of which the low 8 bits count. */
 status_t ovik_seepromReadSlave(int slaveAddr, int offset, int len, unsigned char* pData);
 
-/* --- Parameters -------------------------------------------------------------------------------- */
+/* --- Parameters --- */
 
 /** @param maxLength size of @p pResp in bytes, here and below. */
 status_t ovik_getVolatileParameter(const char* key, char* pResp, int maxLength);
@@ -157,13 +157,12 @@ status_t ovik_setHWPluginLedUserControl(unsigned int slot, unsigned int index, i
 status_t ovik_setHWPluginLedValue(unsigned int slot, unsigned int index, unsigned int value,
                                   int* pResp);
 status_t ovik_setHWPluginLedOnTime(unsigned int slot, unsigned int index, int onTime, int* pResp);
-status_t ovik_setHWPluginLedOffTime(unsigned int slot, unsigned int index, int offTime,
-                                    int* pResp);
+status_t ovik_setHWPluginLedOffTime(unsigned int slot, unsigned int index, int offTime, int* pResp);
 status_t ovik_setHWPluginLedFlash(unsigned int slot, unsigned int index, int time, int* pResp);
 status_t ovik_setHWPluginLedBlink(unsigned int slot, unsigned int index, int onTime, int offTime,
                                   int* pResp);
 
-/* --- System services --------------------------------------------------------------------------- */
+/* --- System services --- */
 
 status_t ovik_serviceStart(const char* service, int* pResp);
 status_t ovik_serviceStop(const char* service, int* pResp);
@@ -179,10 +178,10 @@ status_t ovik_serviceState(const char* service, int* pResp);
  * Starts a command of a service; returns when the platform has taken it.
  *
  * @param fnCallback null, or a void function taking three const char*: service, command, result
- *                   text, each Latin-1. It is called on the application thread for every result that
- *                   the platform reports from then on, of this and of other commands, until another
- *                   call of this function replaces it or the application ends. The texts live for
- *                   the duration of the call.
+ *                   text, each Latin-1. It is called on the application thread for every result
+ *                   that the platform reports from then on, of this and of other commands, until
+ *                   another call of this function replaces it or the application ends. The texts
+ *                   live for the duration of the call.
  */
 status_t ovik_serviceCommand(const char* service, const char* cmd, const char* opts,
                              void* fnCallback, int* pResp);

@@ -49,7 +49,10 @@ int OvikApplication::setMode(int mode)
         useNone();
         return OVIK_OK;
     case 1:
-        return OVIK_BACKEND_FAILED; // this build has no in-process backend
+        if (!m_interfaceLocal.init())
+            return OVIK_BACKEND_FAILED;
+        useLocal();
+        return OVIK_OK;
     case 2:
         if (!m_interfaceDbus.init())
             return OVIK_BACKEND_FAILED;
@@ -84,6 +87,15 @@ void OvikApplication::useNone()
     m_serviceManager = nullptr;
     // The plug-in modules stay in use on purpose.
     m_mode = 0;
+}
+
+void OvikApplication::useLocal()
+{
+    // The in-process backend has neither a service manager nor plug-in modules: those of the D-Bus
+    // backend stay in use on purpose.
+    adopt(m_interfaceLocal);
+    m_mode = 1;
+    m_interfaceLocal.releaseReplaced();
 }
 
 void OvikApplication::useDbus()

@@ -3,6 +3,7 @@
 #include "IProxy/OVIKPlatformRecords.h"
 #include "IProxy/ovik_status.h"
 #include "dbus_ovik/OVIKInterfaceDbus.h"
+#include "local_ovik/OVIKInterfaceLocal.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -136,11 +137,13 @@ public Q_SLOTS:
 
 private:
     void useNone();
+    void useLocal();
     void useDbus();
     template <class Backend>
     void adopt(Backend& backend);
 
     int m_mode = 0;
+    OVIKInterfaceLocal m_interfaceLocal;
     OVIKInterfaceDbus m_interfaceDbus;
     // Not owned; null for a facility that the backend in use lacks.
     ISystemInfoProxy* m_systemInfo = nullptr;

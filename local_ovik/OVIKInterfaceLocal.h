@@ -1,0 +1,76 @@
+#pragma once
+
+#include "IProxy/IOvikInterface.h"
+#include "IProxy/ProxyKeeper.h"
+
+#include <memory>
+
+class BacklightProxyLocal;
+class BuzzerProxyLocal;
+class IMainOsProxy;
+class INetworkManagerProxy;
+class IOvikProxy;
+class ISeepromProxy;
+class IStorageManagerProxy;
+class ISysStatProxy;
+class MainOsProxyLocal;
+class NetworkManagerProxyLocal;
+class OvikProxyLocal;
+class SeepromProxyLocal;
+class StorageManagerProxyLocal;
+class SysStatProxyLocal;
+class SystemInfoProxyLocal;
+
+/**
+ * The backend that loads the platform's library "libOVIK.so" into the process and calls its
+ * objects. It has no service manager and no plug-in modules.
+ *
+ * Used on the application thread only.
+ */
+class OVIKInterfaceLocal : public IOvikInterface
+{
+    Q_OBJECT
+public:
+    OVIKInterfaceLocal();
+    ~OVIKInterfaceLocal() override;
+
+    /**
+     * Loads the library, found on the dynamic linker's search path, and creates the proxies. False
+     * when there is no such library or it has no factory.
+     *
+     * Also replaces the proxies of an earlier call that found facilities missing. Those stay alive
+     * until releaseReplaced(), as somebody may still hold their pointers; a failing call replaces
+     * none.
+     */
+    bool init() override;
+    /// The library stays loaded for the life of the process.
+    bool shutdown() override;
+    bool isValid() const override;
+
+    /// Deletes the proxies that init() has replaced; for when nobody holds a pointer to them.
+    void releaseReplaced();
+
+public Q_SLOTS:
+    ISystemInfoProxy* systemInfoProxy() override;
+    IBuzzerProxy* buzzerProxy() override;
+    IBacklightProxy* backlightProxy() override;
+    ISeepromProxy* seepromProxy();
+    virtual IOvikProxy* ovikProxy();
+    virtual IMainOsProxy* mainOsProxy();
+    virtual IStorageManagerProxy* storageManagerProxy();
+    virtual ISysStatProxy* sysStatProxy();
+    virtual INetworkManagerProxy* networkManagerProxy();
+
+private:
+    void* m_soHandle = nullptr; // never closed: the library's objects live as long as the process
+    std::unique_ptr<SystemInfoProxyLocal> m_systemInfo;
+    std::unique_ptr<BuzzerProxyLocal> m_buzzer;
+    std::unique_ptr<BacklightProxyLocal> m_backlight;
+    std::unique_ptr<SeepromProxyLocal> m_seeprom;
+    std::unique_ptr<OvikProxyLocal> m_ovik;
+    std::unique_ptr<MainOsProxyLocal> m_mainOs;
+    std::unique_ptr<StorageManagerProxyLocal> m_storageManager;
+    std::unique_ptr<SysStatProxyLocal> m_sysStat;
+    std::unique_ptr<NetworkManagerProxyLocal> m_networkManager;
+    ProxyKeeper m_keeper;
+};

@@ -1,0 +1,46 @@
+// No library, or one without the factory: programs of their own, as a library once loaded is found
+// again by its name. The same tests run in two programs; the search path makes the difference.
+
+#include "local_ovik/OVIKInterfaceLocal.h"
+#include "wrapper_ovik/ovik_c.h"
+
+#include "tests/support/qt_fixture.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+using Texts = std::vector<std::string>;
+
+TEST(WithoutLibrary, InitFailsAndNamesWhatIsMissing)
+{
+    takeWarnings();
+    takeDiagnostics();
+    OVIKInterfaceLocal backend;
+    EXPECT_FALSE(backend.init());
+    EXPECT_FALSE(backend.isValid());
+    const Texts warnings = takeWarnings();
+#ifdef OVIK_EMPTY_LIBRARY
+    ASSERT_EQ(warnings.size(), 2u);
+    EXPECT_EQ(warnings[0], "Can't get the getInstance function in so file");
+    EXPECT_NE(warnings[1].find("undefined symbol: OvikPluginFactory_getInstance"),
+              std::string::npos);
+    EXPECT_EQ(takeDiagnostics(), Texts{warnings[0]});
+#else
+    EXPECT_EQ(warnings,
+              Texts{"Failed loading OVIK plugin: libOVIK.so: cannot open shared object file: No "
+                    "such file or directory"});
+    EXPECT_EQ(takeDiagnostics(), Texts{"Failed loading OVIK plugin: "});
+#endif
+}
+
+TEST(WithoutLibrary, TheApplicationGoesOnWithoutABackend)
+{
+    theBus();
+    ASSERT_EQ(ovik_init(1), 0);
+    int value = 0;
+    EXPECT_EQ(ovik_getBrightness(&value), -1);
+    EXPECT_EQ(ovik_setMode(1), -6);
+    EXPECT_EQ(ovik_shutdown(), 0);
+}
+} // namespace
