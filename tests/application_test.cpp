@@ -21,6 +21,7 @@ protected:
         takeWarnings();
         takeDiagnostics();
     }
+    ~Application() override { settle(); }
 
     /// A panel whose getters answer by name.
     void answerAll(FakePlatform& platform)
@@ -379,6 +380,7 @@ TEST_P(Switches, LeaveThePointersThatTheyShould)
                 EXPECT_EQ(source(app.getHWPluginLedMode(0, 0)), expected.modules)
                     << first << ' ' << second;
             }
+            settle();
         }
     }
     testing::internal::GetCapturedStdout();

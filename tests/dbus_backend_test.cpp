@@ -42,6 +42,7 @@ protected:
         takeWarnings();
         takeDiagnostics();
     }
+    ~DbusBackend() override { settle(); }
 
     int argc = 1;
     QCoreApplication application{argc, nullptr};

@@ -23,6 +23,7 @@ protected:
         ASSERT_TRUE(server.waitForPlatform());
         client = std::make_unique<Client>(serverSocket);
         platform.takeCalls();
+        server.process().newOutput();
     }
 
     /// Sends a command and returns when the platform has got it.

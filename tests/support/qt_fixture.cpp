@@ -3,6 +3,7 @@
 #include "IProxy/log_ovik.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 
 namespace
 {
@@ -49,4 +50,10 @@ bool spinUntil(const std::function<bool()>& condition)
         QCoreApplication::processEvents();
         return condition();
     });
+}
+
+void settle()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }

@@ -19,3 +19,7 @@ std::vector<std::string> takeDiagnostics();
 
 /// Runs the event loop of the calling thread until @p condition holds.
 bool spinUntil(const std::function<bool()>& condition);
+
+/// To be called before an application ends: Qt frees what a new connection waits with in the next
+/// turn of the loop, and loses it when there is none.
+void settle();
