@@ -27,7 +27,7 @@ status_t inScratch(status_t status, Result& out)
     return status;
 }
 
-// --- One line per form of C function: which fields it is given, and where its answer goes ---------
+// --- One line per form of C function: which fields it is given, and where its answer goes ---
 
 status_t call(status_t (*f)(int*), const Fields&, Result& out) { return f(&out.value); }
 
@@ -88,7 +88,7 @@ status_t call(status_t (*f)(unsigned int, unsigned int, int, int, int*), const F
     return f(in.unsignedNumber(1), in.unsignedNumber(2), in.number(3), in.number(4), &out.value);
 }
 
-// --- What a row of the table calls ----------------------------------------------------------------
+// --- What a row of the table calls ---
 
 /// A C function of one of the forms above.
 template <auto function>
@@ -136,9 +136,8 @@ status_t seepromRead(OvikServer&, const Fields& in, Result& out)
 {
     const int offset = in.number(1);
     const int length = in.number(2);
-    return readBytes(length, out, [&](unsigned char* data) {
-        return ovik_seepromRead(offset, length, data);
-    });
+    return readBytes(length, out,
+                     [&](unsigned char* data) { return ovik_seepromRead(offset, length, data); });
 }
 
 status_t seepromReadSlave(OvikServer&, const Fields& in, Result& out)

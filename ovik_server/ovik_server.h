@@ -16,4 +16,3 @@ public:
 private:
     bool m_quit = false;
 };
-

@@ -46,8 +46,6 @@ status_t serviceCommand(OvikServer&, const Fields& in, Result& out)
         usleep(sleepMicroseconds);
     }
     if (isScan)
-        out.outcome = QString(";%1;%2;%3")
-                          .arg(g_resultService, g_resultCmd, g_resultJson)
-                          .toUtf8();
+        out.outcome = QString(";%1;%2;%3").arg(g_resultService, g_resultCmd, g_resultJson).toUtf8();
     return OVIK_OK;
 }

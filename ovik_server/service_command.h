@@ -5,7 +5,8 @@
 
 class OvikServer;
 
-/// "serviceCommand": a Wi-Fi scan waits for its outcome, any other command only for an earlier scan.
+/// "serviceCommand": a Wi-Fi scan waits for its outcome, any other command only for an earlier
+/// scan.
 status_t serviceCommand(OvikServer& server, const Fields& in, Result& out);
 
 /**

@@ -1,0 +1,206 @@
+#!/bin/bash
+# Builds the service and the simulated panel, starts both on a bus of their own, sends the service
+# some requests, and ends what it has started. Installs what is missing on Debian.
+#
+#   ./run.sh                                  sends scripts/tour.txt; at a terminal, then what is
+#                                             typed, until quit or Ctrl-D
+#   ./run.sh 'setBuzzerMode;1' getBuzzerMode  sends these requests instead
+#
+# Exit status 0: each of them was answered with status 0, and the service ended well.
+# OVIK_BUILD_DIR names a build to use as it is; OVIK_LOCK_HELD says that the caller holds the lock
+# of take_lock() already.
+set -euo pipefail
+[ -z "${OVIK_BUILD_DIR:-}" ] || OVIK_BUILD_DIR=$(realpath "$OVIK_BUILD_DIR")
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
+. scripts/setup.sh
+
+bin=${OVIK_BUILD_DIR:-build}/bin
+socket=/tmp/ovik_server.socket
+lock=/tmp/ovik_server.test-$(id -u).lock
+lock_patience=600
+patience=20
+
+dir=''         # for the bus and for the programs' output
+declare -A pids # of what has been started, by name
+locked=''
+
+is_running() { kill -0 "$1" 2>/dev/null; }
+
+# start NAME COMMAND...: starts it, with its output in a file. It ends with this script, even if
+# this is killed, and does not hold the lock.
+start() {
+    local name=$1
+    shift
+    setpriv --pdeathsig TERM "$@" >"$dir/$name.log" 2>&1 </dev/null 3<&- 9>&- &
+    pids[$name]=$!
+}
+
+stop() {
+    local pid=${pids[$1]:-}
+    if [ -n "$pid" ]; then
+        kill "$pid" 2>/dev/null || true
+        wait "$pid" 2>/dev/null || true
+    fi
+    unset "pids[$1]"
+}
+
+# attend COMMAND...: runs it with this script's input. As bash waits for nothing else, a signal to
+# this script is not kept until the command has ended.
+attend() {
+    "$@" <&3 &
+    pids[attended]=$!
+    local status=0
+    wait $! || status=$?
+    unset "pids[attended]"
+    return "$status"
+}
+
+# give_up NAME MESSAGE: with the end of the program's output.
+give_up() {
+    say "the last lines from the $1:"
+    tail -n 20 "$dir/$1.log" >&2
+    die "$2"
+}
+
+# await NAME CONDITION...: until the condition holds; the program may not die meanwhile.
+await() {
+    local name=$1 deadline=$((SECONDS + patience))
+    shift
+    until "$@"; do
+        is_running "${pids[$name]}" || give_up "$name" "the $name has ended"
+        [ $SECONDS -le $deadline ] || give_up "$name" "the $name is not ready after $patience s"
+        sleep 0.1
+    done
+}
+
+clean_up() {
+    trap '' INT TERM HUP
+    stop attended
+    # Only a quit makes the server remove its socket.
+    if [ -n "${pids[server]:-}" ]; then
+        stop server
+        rm -f "$socket"
+    fi
+    stop panel
+    stop bus
+    rm -rf "$dir"
+    [ -z "$locked" ] || : >"$lock"
+}
+
+# Whoever holds the lock may run a server. The tests take it as well; run.sh leaves its process id in
+# it, because a run.sh at a terminal is not worth waiting for.
+take_lock() {
+    local holder
+    [ -z "${OVIK_LOCK_HELD:-}" ] || return 0
+    exec 9<>"$lock"
+    if ! flock --nonblock 9; then
+        read -r holder <"$lock" || true
+        ! is_running "$holder" || die "another run.sh, process $holder, is running: end it first"
+        say "waiting for tests that use $socket to end, $((lock_patience / 60)) minutes at most"
+        attend flock --timeout "$lock_patience" 9 || die "$lock is still held: end who holds it"
+    fi
+    locked=yes
+    echo $$ >"$lock"
+}
+
+# The server would take the socket away from the one that listens there.
+refuse_second_server() {
+    ! "$bin/ovik_request" --probe ||
+        die "another server listens at $socket: end it first, e.g. $bin/ovik_request quit"
+}
+
+start_bus() {
+    # An address has no blanks.
+    export DBUS_SYSTEM_BUS_ADDRESS=unix:path=${dir// /%20}/bus
+    cat >"$dir/bus.conf" <<END
+<busconfig>
+  <type>system</type>
+  <listen>$DBUS_SYSTEM_BUS_ADDRESS</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+END
+    start bus dbus-daemon --nofork --nopidfile --nosyslog --print-address \
+        --config-file="$dir/bus.conf"
+    await bus grep -q ^unix: "$dir/bus.log"
+}
+
+# The server answers each request with -1 until it has found the platform.
+has_platform() {
+    local line
+    line=$("$bin/ovik_request" --timeout "$patience" getBrightness 2>/dev/null) || true
+    [ -n "$line" ] && [ "$line" != 'getBrightness -> -1' ]
+}
+
+start_all() {
+    say "starting a bus, the simulated panel and the server"
+    start_bus
+    start panel "$bin/ovik_panel_sim"
+    await panel grep -q '^ovik_panel_sim: ready' "$dir/panel.log"
+    start server "$bin/ovik_server"
+    await server "$bin/ovik_request" --probe
+    await server has_platform
+}
+
+send_tour() {
+    local tour
+    mapfile -t tour < <(grep -v -e '^#' -e '^$' scripts/tour.txt)
+    say "sending the ${#tour[@]} requests of scripts/tour.txt"
+    attend "$bin/ovik_request" -- "${tour[@]}"
+}
+
+# A refusal of what is typed is an answer like any other.
+send_typed() {
+    say "type requests, such as getBuzzerMode; quit or Ctrl-D ends"
+    attend "$bin/ovik_request" || [ $? -eq 1 ]
+}
+
+send_all() {
+    if [ $# -gt 0 ]; then
+        say "sending the requests of the command line"
+        attend "$bin/ovik_request" -- "$@"
+    elif [ -t 0 ] && [ -t 1 ]; then
+        send_tour && send_typed
+    else
+        send_tour
+    fi
+}
+
+end_server() {
+    local status=0 deadline=$((SECONDS + patience))
+    say "ending the server with quit"
+    # After a quit among the requests there is nobody left to answer this one.
+    "$bin/ovik_request" --timeout "$patience" quit 2>/dev/null || true
+    while is_running "${pids[server]}"; do
+        [ $SECONDS -le $deadline ] || give_up server "the server does not end"
+        sleep 0.1
+    done
+    wait "${pids[server]}" || status=$?
+    unset 'pids[server]'
+    [ "$status" -eq 0 ] || give_up server "the server has ended with status $status"
+}
+
+if [ -z "${OVIK_BUILD_DIR:-}" ]; then
+    ensure_build_packages
+    build dev ovik_server ovik_panel_sim ovik_request
+fi
+
+exec 3<&0
+dir=$(mktemp -d -t ovik_run.XXXXXX)
+trap clean_up EXIT
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
+take_lock
+refuse_second_server
+start_all
+outcome=0
+send_all "$@" || outcome=1
+end_server
+[ $outcome -eq 0 ] || give_up server "not each request was answered with status 0"
+say "all went well"

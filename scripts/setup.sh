@@ -1,0 +1,62 @@
+# shellcheck shell=bash
+# What run.sh, test.sh and the continuous integration share: messages, packages, the build.
+
+# On standard error: the output of the programs themselves is all there is on standard output.
+say() { printf '== %s\n' "$*" >&2; }
+
+die() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# quietly COMMAND...: its output is shown only when it fails.
+quietly() {
+    local output status=0
+    output=$("$@" 2>&1 </dev/null) || status=$?
+    [ "$status" -eq 0 ] || printf '%s\n' "$output" >&2
+    return "$status"
+}
+
+is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+# As root; a password is asked for at the terminal.
+apt() {
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || return 1
+        as_root=(sudo)
+    fi
+    quietly "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -o DPkg::Lock::Timeout=300 "$@"
+}
+
+# ensure_packages PACKAGE...: installs those that are missing. Other systems than Debian and its
+# like are expected to have them.
+ensure_packages() {
+    local package missing=()
+    command -v dpkg-query >/dev/null || return 0
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    say "installing ${missing[*]}"
+    # An update of which a part fails can still be good enough to install from.
+    apt update || true
+    apt install --yes --no-install-recommends "${missing[@]}" ||
+        die "cannot install; do it as root: apt-get install ${missing[*]}"
+}
+
+# Whatever is to be built: a preset that has the tests wants their libraries to be configured.
+ensure_build_packages() {
+    ensure_packages g++ cmake ninja-build pkg-config qtbase5-dev dbus-daemon \
+        libgtest-dev libsystemd-dev
+}
+
+# build PRESET [TARGET...]: configures and builds, in the source directory.
+build() {
+    local preset=$1
+    shift
+    say "building, preset $preset (a few minutes when it is the first time)"
+    quietly cmake --preset "$preset" || die "cannot configure, see above"
+    quietly cmake --build --preset "$preset" ${1:+--target "$@"} || die "cannot build, see above"
+}
