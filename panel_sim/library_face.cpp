@@ -82,12 +82,14 @@ static QObject* getInstance(const char* name)
     return nullptr;
 }
 
-/// Decides, whenever the symbol is looked up, what it stands for.
-static OvikPluginFactory_getInstance_function resolveFactory()
+/// Asked by the dynamic linker, at every look-up of the factory's symbol, what that stands for.
+__attribute__((used)) OvikPluginFactory_getInstance_function ovikSimResolveFactory()
 {
     return getenv("OVIK_SIM_NO_FACTORY") ? nullptr : getInstance;
 }
-
-__attribute__((visibility("default"), ifunc("resolveFactory"))) QObject*
-OvikPluginFactory_getInstance(const char* instanceName);
 }
+
+// The compilers' own attribute for this is not there for ARM.
+asm(".globl OvikPluginFactory_getInstance\n"
+    ".type OvikPluginFactory_getInstance, %gnu_indirect_function\n"
+    ".set OvikPluginFactory_getInstance, ovikSimResolveFactory\n");
