@@ -5,8 +5,9 @@
 /**
  * Result of a call: OVIK_OK, or a negative failure.
  *
- * A status only tells whether the platform was reached. What the platform itself answered, its own
- * result codes included, travels in the call's output argument, which is written on OVIK_OK only.
+ * A status only tells whether the platform was reached. What the platform itself answered is in the
+ * call's output argument: for a getter the value read, for a setter or an action the platform's own
+ * result code. It counts on OVIK_OK only.
  */
 typedef int status_t;
 

@@ -71,6 +71,14 @@ static int connect_within(int seconds)
     return sock;
 }
 
+static int connection(void)
+{
+    const int sock = connect_within(timeout);
+    if (sock == -1)
+        fail_for_system("cannot connect to " SOCKET_PATH);
+    return sock;
+}
+
 static int probe(void)
 {
     /* A queue that is full is somebody's too. */
@@ -133,18 +141,25 @@ static bool next_line(char** line, size_t* size, bool prompt)
     return true;
 }
 
-static int request_lines(int sock)
+/* At a prompt, a connection of its own for each request: the service serves one client at a time,
+ * and others would wait for whoever sits there. */
+static int request_lines(void)
 {
     int status = ALL_DONE;
     const bool prompt = isatty(STDIN_FILENO);
+    int sock = prompt ? -1 : connection();
     char* line = NULL;
     size_t size = 0;
     bool ended = false;
     while (!ended && next_line(&line, &size, prompt)) {
         if (*line == 0)
             continue;
+        if (prompt)
+            sock = connection();
         if (!request(sock, line))
             status = REFUSED;
+        if (prompt)
+            close(sock);
         ended = is_quit(line);
     }
     free(line);
@@ -187,10 +202,5 @@ int main(int argc, char* argv[])
         timeout = seconds(*++next);
     }
 
-    const int sock = connect_within(timeout);
-    if (sock == -1)
-        fail_for_system("cannot connect to " SOCKET_PATH);
-    if (*next)
-        return request_each(sock, next);
-    return request_lines(sock);
+    return *next ? request_each(connection(), next) : request_lines();
 }

@@ -3,18 +3,14 @@
 #include "IProxy/IBacklightProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class BacklightProxyDbus : public IBacklightProxy
+class BacklightProxyDbus : public DbusProxy<IBacklightProxy, ComWenuOVIKBacklightInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKBacklightInterface;
-
 public:
     explicit BacklightProxyDbus(QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(QStringLiteral("/Backlight"), connection))
+        : DbusProxy(QStringLiteral("/Backlight"), connection)
     {
     }
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t getBrightness(int& resp) override
@@ -25,7 +21,4 @@ public Q_SLOTS:
     {
         return ask(m_dbusObject, &Client::saveBrightness, resp, value);
     }
-
-private:
-    std::unique_ptr<Client> m_dbusObject;
 };

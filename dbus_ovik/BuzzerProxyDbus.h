@@ -3,18 +3,14 @@
 #include "IProxy/IBuzzerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class BuzzerProxyDbus : public IBuzzerProxy
+class BuzzerProxyDbus : public DbusProxy<IBuzzerProxy, ComWenuOVIKBuzzerInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKBuzzerInterface;
-
 public:
     explicit BuzzerProxyDbus(QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(QStringLiteral("/Buzzer"), connection))
+        : DbusProxy(QStringLiteral("/Buzzer"), connection)
     {
     }
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t setBuzzerMode(int mode, int& resp) override
@@ -37,7 +33,4 @@ public Q_SLOTS:
     {
         return ask(m_dbusObject, &Client::SetBuzzerOffTime, resp, time);
     }
-
-private:
-    std::unique_ptr<Client> m_dbusObject;
 };

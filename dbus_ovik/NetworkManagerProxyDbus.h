@@ -3,18 +3,15 @@
 #include "IProxy/INetworkManagerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class NetworkManagerProxyDbus : public INetworkManagerProxy
+class NetworkManagerProxyDbus
+    : public DbusProxy<INetworkManagerProxy, ComWenuOVIKNetworkManagerInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKNetworkManagerInterface;
-
 public:
     explicit NetworkManagerProxyDbus(QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(QStringLiteral("/NetworkManager"), connection))
+        : DbusProxy(QStringLiteral("/NetworkManager"), connection)
     {
     }
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t getConfigJson(QString& json) override
@@ -30,7 +27,4 @@ public Q_SLOTS:
     {
         return ask(m_dbusObject, &Client::applyNewConfiguration, resp);
     }
-
-private:
-    std::unique_ptr<Client> m_dbusObject;
 };

@@ -118,3 +118,21 @@ T askValue(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Client::
     const QDBusReply<T> reply = (client.get()->*method)(args...);
     return reply.value();
 }
+
+/// What every proxy has in common: the client of its one object, or null without that.
+template <class Interface, class ClientClass>
+class DbusProxy : public Interface
+{
+public:
+    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
+
+protected:
+    using Client = ClientClass;
+
+    DbusProxy(const QString& path, const QDBusConnection& connection)
+        : m_dbusObject(makeClient<Client>(path, connection))
+    {
+    }
+
+    const std::unique_ptr<Client> m_dbusObject;
+};

@@ -3,18 +3,13 @@
 #include "IProxy/IOvikProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class OvikProxyDbus : public IOvikProxy
+class OvikProxyDbus : public DbusProxy<IOvikProxy, ComWenuOVIKInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKInterface;
-
 public:
-    explicit OvikProxyDbus(QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(QStringLiteral("/"), connection))
+    explicit OvikProxyDbus(QDBusConnection& connection) : DbusProxy(QStringLiteral("/"), connection)
     {
     }
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t getSysCounter(int& resp) override
@@ -53,7 +48,4 @@ public Q_SLOTS:
     {
         return ask(m_dbusObject, &Client::setSystemParametersJSON, resp, key, json);
     }
-
-private:
-    std::unique_ptr<Client> m_dbusObject;
 };

@@ -3,18 +3,14 @@
 #include "IProxy/ISeepromProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class SeepromProxyDbus : public ISeepromProxy
+class SeepromProxyDbus : public DbusProxy<ISeepromProxy, ComWenuOVIKI2CSEEPROMInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKI2CSEEPROMInterface;
-
 public:
     explicit SeepromProxyDbus(QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(QStringLiteral("/I2CSEEPROM"), connection))
+        : DbusProxy(QStringLiteral("/I2CSEEPROM"), connection)
     {
     }
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t read(unsigned char addr, unsigned int length, QByteArray& data, int& resp) override
@@ -48,6 +44,4 @@ private:
         data = qdbus_cast<QByteArray>(reply.argumentAt(1));
         return OVIK_OK;
     }
-
-    std::unique_ptr<Client> m_dbusObject;
 };

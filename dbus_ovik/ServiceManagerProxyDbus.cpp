@@ -1,7 +1,7 @@
 #include "dbus_ovik/ServiceManagerProxyDbus.h"
 
 ServiceManagerProxyDbus::ServiceManagerProxyDbus(QDBusConnection& connection)
-    : m_dbusObject(makeClient<Client>(QStringLiteral("/ServiceManager"), connection))
+    : DbusProxy(QStringLiteral("/ServiceManager"), connection)
 {
     if (!m_dbusObject)
         return;

@@ -3,15 +3,12 @@
 #include "IProxy/IServiceManagerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class ServiceManagerProxyDbus : public IServiceManagerProxy
+class ServiceManagerProxyDbus
+    : public DbusProxy<IServiceManagerProxy, ComWenuOVIKServiceManagerInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKServiceManagerInterface;
-
 public:
     explicit ServiceManagerProxyDbus(QDBusConnection& connection);
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t start(const QString& service, int& resp) override
@@ -62,5 +59,4 @@ public Q_SLOTS:
 private:
     /// Of the latest command, for the results of every command; not owned.
     void (*fnWifiInterfaceCallback)(char* service, char* command, char* json) = nullptr;
-    std::unique_ptr<Client> m_dbusObject;
 };

@@ -3,18 +3,15 @@
 #include "IProxy/IStorageManagerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
-class StorageManagerProxyDbus : public IStorageManagerProxy
+class StorageManagerProxyDbus
+    : public DbusProxy<IStorageManagerProxy, ComWenuOVIKStorageMgrInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKStorageMgrInterface;
-
 public:
     explicit StorageManagerProxyDbus(QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(QStringLiteral("/StorageMgr"), connection))
+        : DbusProxy(QStringLiteral("/StorageMgr"), connection)
     {
     }
-
-    bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
 public Q_SLOTS:
     status_t getStorageInfo(const QString& name, ovikStorageInfo& info) override
@@ -25,7 +22,4 @@ public Q_SLOTS:
     {
         return ask(m_dbusObject, &Client::getStorageInfoJSON, json, name);
     }
-
-private:
-    std::unique_ptr<Client> m_dbusObject;
 };

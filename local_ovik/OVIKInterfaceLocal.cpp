@@ -28,6 +28,7 @@ bool OVIKInterfaceLocal::init()
         logOVIK("Failed loading OVIK plugin: ");
         return false;
     }
+    dlerror(); // an earlier failure's text
     auto factory = reinterpret_cast<OvikPluginFactory_getInstance_function>(
         dlsym(m_soHandle, "OvikPluginFactory_getInstance"));
     if (!factory) {

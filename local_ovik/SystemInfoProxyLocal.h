@@ -24,14 +24,15 @@ Q_SIGNALS:
 public Q_SLOTS:
     /**
      * The library serves this one object in a thread of its own, so it is asked there. An object
-     * that lives in the calling thread is not asked, as that would wait for ever: OVIK_OK with @p
-     * resp unchanged.
+     * that lives in the calling thread, or in one that has ended, is not asked, as that would wait
+     * for ever: OVIK_OK with @p resp unchanged.
      */
     status_t getSystemInfo(systemInfo& resp) override
     {
         if (!m_systemInfo)
             return OVIK_NO_PLATFORM;
-        if (m_systemInfo->thread() != QThread::currentThread())
+        const QThread* const thread = m_systemInfo->thread();
+        if (thread && thread->isRunning() && thread != QThread::currentThread())
             QMetaObject::invokeMethod(m_systemInfo, "info", Qt::BlockingQueuedConnection,
                                       Q_RETURN_ARG(systemInfo, resp));
         return OVIK_OK;

@@ -105,7 +105,9 @@ bool DomainServer::process()
 
 bool DomainServer::handleReq(const char* req, int)
 {
-    m_result = static_cast<int>(m_result + strtol(req, nullptr, 10));
+    // Unsigned, as a sum that leaves the range of int goes round.
+    m_result = static_cast<int>(static_cast<unsigned int>(m_result) +
+                                static_cast<unsigned int>(strtol(req, nullptr, 10)));
     char answer[32];
     const int length = snprintf(answer, sizeof answer, "sum = %d", m_result);
     sendResp(answer, length + 1);

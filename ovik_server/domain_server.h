@@ -6,7 +6,8 @@
 /**
  * A small single-client server on a Unix-domain SOCK_SEQPACKET socket, driven by polling.
  *
- * Nothing in process() waits, so the caller's loop decides how often to look. One client is served
+ * process() does not wait for a client or a request, so the caller's loop decides how often to
+ * look. What waits is the write of an answer to a client that does not read. One client is served
  * at a time; others wait in the listen queue until it has gone. One message received is one
  * request, one sendResp() is one message sent. All calls belong to the thread of the poll loop.
  */

@@ -1,5 +1,6 @@
 // The application object: its modes, and which backend's proxies serve after each switch.
 
+#include "dbus_ovik/HWPluginInstanceProxyDbus.h"
 #include "wrapper_ovik/ovikapplication.h"
 
 #include "tests/support/qt_fixture.h"
@@ -35,8 +36,12 @@ protected:
     status_t module() { return app.getHWPluginLedMode(0, 0).status; }
     status_t services() { return app.serviceState("s").status; }
 
+    struct Opened : OvikApplication {
+        using OvikApplication::m_HWPluginInstances;
+        using OvikApplication::OvikApplication;
+    };
     int argc = 1;
-    OvikApplication app{argc, nullptr};
+    Opened app{argc, nullptr};
 };
 
 TEST_F(Application, StartsWithoutABackend)
@@ -243,6 +248,32 @@ TEST_F(Application, AModuleWithoutSensorsObjectAnswersMinusOneInItsValue)
     EXPECT_EQ(app.getHWPluginIOMode(2, 0).status, -10);
 }
 
+TEST_F(Application, AFailingProxysStatusComesWithAnEmptyText)
+{
+    FakePlatform platform;
+    platform.answer("OVIK.getVolatileParameter", replyError("com.wenu.OVIK.Failed"));
+    ASSERT_EQ(app.setMode(2), 0);
+    const StatusStringResp resp = app.getVolatileParameter("k");
+    EXPECT_EQ(resp.status, -4);
+    EXPECT_EQ(resp.value, "");
+}
+
+TEST_F(Application, AnInstanceWithoutChildrenAnswersMinusOneAndAnEmptyPlaceMinusTen)
+{
+    QDBusConnection bus = QDBusConnection::systemBus();
+    HWPluginInstanceProxyDbus withoutChildren(bus, 1); // as there is no platform
+    app.m_HWPluginInstances = {&withoutChildren, nullptr};
+    EXPECT_EQ(app.getHWPluginIOMode(0, 0).status, -1);
+    EXPECT_EQ(app.getHWPluginLedMode(0, 0).status, -1);
+    EXPECT_EQ(app.getHWPluginIOMode(1, 0).status, -10);
+
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(app.getHWPluginIO(0, 0, 1).status, -1);
+    EXPECT_EQ(app.getHWPluginIO(1, 0, 1).status, -10);
+    fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "OAPP: getHWPluginInput error -1\n");
+}
+
 TEST_F(Application, CheckDbusInDbusModeOnlySaysSo)
 {
     FakePlatform platform;
@@ -338,9 +369,10 @@ protected:
     {
         theBus();
         if (!std::get<1>(GetParam()))
-            setenv("OVIK_SIM_NO_FACTORY", "1", 1);
+            noFactory = std::make_unique<Variable>("OVIK_SIM_NO_FACTORY", "1");
     }
-    ~Switches() override { unsetenv("OVIK_SIM_NO_FACTORY"); }
+
+    std::unique_ptr<Variable> noFactory;
 
     /// On the bus the buzzer is in a mode that the library's never is in.
     static Source source(const StatusIntResp& resp)
@@ -400,19 +432,20 @@ TEST_F(Application, CheckDbusFromTheInProcessModeChangesOver)
 
 TEST_F(Application, ASecondAdoptionOfAPartialLibraryServesAndDanglesNowhere)
 {
-    setenv("OVIK_SIM_MISSING", "SysStat", 1);
+    auto missing = std::make_unique<Variable>("OVIK_SIM_MISSING", "SysStat");
     for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(app.setMode(1), 0);
         EXPECT_EQ(buzzer(), 0);
         EXPECT_EQ(app.getAvailableMemory().status, -1);
     }
     // A switch that fails half-way: the library lost its factory.
-    setenv("OVIK_SIM_NO_FACTORY", "1", 1);
-    EXPECT_EQ(app.setMode(1), -6);
-    EXPECT_EQ(app.getMode(), 1);
-    EXPECT_EQ(buzzer(), 0);
-    unsetenv("OVIK_SIM_NO_FACTORY");
-    unsetenv("OVIK_SIM_MISSING");
+    {
+        const Variable noFactory("OVIK_SIM_NO_FACTORY", "1");
+        EXPECT_EQ(app.setMode(1), -6);
+        EXPECT_EQ(app.getMode(), 1);
+        EXPECT_EQ(buzzer(), 0);
+    }
+    missing.reset();
     ASSERT_EQ(app.setMode(1), 0);
     EXPECT_EQ(app.getAvailableMemory().status, 0);
 }

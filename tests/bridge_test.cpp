@@ -135,7 +135,7 @@ TEST(Stopped, AThreadThatCannotBeCreatedIsMinusTwo)
     pthread_attr_t huge;
     ASSERT_EQ(pthread_getattr_default_np(&old), 0);
     ASSERT_EQ(pthread_getattr_default_np(&huge), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&huge, size_t(1) << 46), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&huge, (SIZE_MAX / 2) & ~size_t(0xFFFF)), 0);
     ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
     EXPECT_EQ(ovik_init(0), -2);
     ASSERT_EQ(pthread_setattr_default_np(&old), 0);
@@ -200,6 +200,21 @@ TEST_F(Bridge, StartModeOneServesFromTheLibraryAlsoAfterARestart)
         int value = 0;
         EXPECT_EQ(ovik_serviceState("ssh", &value), -1);
         EXPECT_EQ(ovik_getHWPluginLedMode(0, 0, &value), -10);
+        EXPECT_EQ(ovik_shutdown(), 0);
+    }
+}
+
+TEST_F(Bridge, AnObjectWhoseThreadHasEndedIsNotWaitedFor)
+{
+    // The library makes its object on the first application thread, and the second meets it.
+    const Variable inCaller("OVIK_SIM_SYSTEMINFO_IN_CALLER", "1");
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(ovik_init(1), 0);
+        char name[6] = "empty";
+        unsigned char hwCode = 0;
+        unsigned short code = 0;
+        EXPECT_EQ(ovik_getSystemInfo(name, 5, &hwCode, &code), 0);
+        EXPECT_STREQ(name, "");
         EXPECT_EQ(ovik_shutdown(), 0);
     }
 }
@@ -385,6 +400,19 @@ TEST_F(Answered, AFailureLeavesTheOutputsUntouched)
         }
     }
     expectOutputsUntouched();
+}
+
+TEST_F(Answered, AfterASwitchToNoBackendOnlyTheModulesAnswer)
+{
+    ASSERT_EQ(ovik_setMode(0), 0);
+    for (const Function& function : functions) {
+        if (!isPluginFunction(function)) {
+            EXPECT_EQ(function.call(), -1) << function.name;
+        }
+    }
+    expectOutputsUntouched();
+    int mode = 0;
+    EXPECT_EQ(ovik_getHWPluginLedMode(0, 0, &mode), 0);
 }
 
 TEST_F(Answered, FlagsAreBoolAndStatesInt)

@@ -77,6 +77,22 @@ TEST_F(SocketServer, TheDemonstrationHandlerAddsUp)
     }
 }
 
+TEST_F(SocketServer, ASumBeyondTheRangeOfIntGoesRound)
+{
+    DomainServer demo;
+    ASSERT_TRUE(demo.start(path.c_str()));
+    Client client(path);
+    for (const auto& [request, response] :
+         {std::pair{"2147483647", "sum = 2147483647"}, {"1", "sum = -2147483648"}}) {
+        client.send(request);
+        ASSERT_TRUE(serve(demo));
+        EXPECT_EQ(client.receive(), response);
+    }
+    client.send("999999999999999999999999999999");
+    ASSERT_TRUE(serve(demo));
+    EXPECT_EQ(client.receive().substr(0, 6), "sum = ");
+}
+
 TEST_F(SocketServer, WithoutAClientAPollStepReturnsAtOnceAndSaysNothing)
 {
     ASSERT_TRUE(server.start(path.c_str()));

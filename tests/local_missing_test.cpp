@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+
 namespace
 {
 using Texts = std::vector<std::string>;
@@ -17,10 +19,12 @@ TEST(WithoutLibrary, InitFailsAndNamesWhatIsMissing)
     takeWarnings();
     takeDiagnostics();
     OVIKInterfaceLocal backend;
+    EXPECT_EQ(dlopen("libOVIK.so", RTLD_LAZY | RTLD_NOLOAD), nullptr);
     EXPECT_FALSE(backend.init());
     EXPECT_FALSE(backend.isValid());
     const Texts warnings = takeWarnings();
 #ifdef OVIK_EMPTY_LIBRARY
+    EXPECT_NE(dlopen("libOVIK.so", RTLD_LAZY | RTLD_NOLOAD), nullptr) << "it stays loaded";
     ASSERT_EQ(warnings.size(), 2u);
     EXPECT_EQ(warnings[0], "Can't get the getInstance function in so file");
     EXPECT_NE(warnings[1].find("undefined symbol: OvikPluginFactory_getInstance"),

@@ -75,6 +75,9 @@ the_tour() {
     tour=$(sed -e '/^#/d' -e '/^$/d' "$source_dir/scripts/tour.txt")
     exits 0 run_sh
     check "sends the tour, and quit" same "$(sed 's/ -> .*//' "$work/out")" "$tour"$'\nquit'
+    for step in "starting a bus" "sending the" "ending the server" "all went well"; do
+        check "says: $step" complains "$step"
+    done
     check "each response has status 0" same "$(grep -cv -e ' -> 0$' -e ' -> 0 ' "$work/out")" 0
     nothing_is_left
 }
@@ -147,6 +150,8 @@ a_terminal() {
     check "answers" await prints 'setBuzzerMode;3 -> 0 0'
     echo 'getBuzzerMode' >&5
     check "remembers" await prints 'getBuzzerMode -> 0 3'
+    check "lets others be served meanwhile" same \
+        "$("$bin/ovik_request" --timeout 5 getBuzzerMode)" 'getBuzzerMode -> 0 3'
     echo 'nonsense' >&5
     check "answers what it does not know" await prints 'nonsense -> -8'
     echo 'quit' >&5

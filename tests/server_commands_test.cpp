@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
 namespace
 {
 struct Row {
@@ -169,7 +173,22 @@ TEST_P(EveryCommand, AnswersAndLogsTheFailureOfThePlatform)
     EXPECT_EQ(platform.takeCalls(), row.calls);
 }
 
-TEST_P(EveryCommand, WithTooFewFieldsAnswersMinusEightAndCallsNothing)
+class CommandWithArguments : public EveryCommand
+{
+};
+
+std::vector<Row> rowsWithArguments()
+{
+    std::vector<Row> found;
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(found),
+                 [](const Row& row) { return !row.arguments.empty(); });
+    return found;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, CommandWithArguments, testing::ValuesIn(rowsWithArguments()),
+                         [](const auto& row) { return std::string(row.param.word); });
+
+TEST_P(CommandWithArguments, WithTooFewFieldsAnswersMinusEightAndCallsNothing)
 {
     const Row& row = GetParam();
     std::string text = row.word + row.arguments;
@@ -261,6 +280,15 @@ TEST_F(Commands, ATextIsCutSoThatTheResponseHas9999BytesAndItsNul)
     EXPECT_EQ(request("getAllSystemParametersJson"), "0 {}");
 }
 
+TEST_F(Commands, AModuleNameOfFullLengthEndsThere)
+{
+    // Behind a long text, whose bytes are still in the scratch buffer.
+    platform.answer("OVIK.getAllSystemParametersJSON", replyText(std::string(5000, 'x')));
+    request("getAllSystemParametersJson");
+    platform.answer("SystemInfo.info", replySystemInfo("ABC", "PANEL", "\x01\x02"));
+    EXPECT_EQ(request("getSystemInfo"), "0 PANEL,17,513");
+}
+
 TEST_F(Commands, AParameterIsCutTo99Bytes)
 {
     for (const size_t size : {98u, 99u, 100u, 101u, 5000u}) {
@@ -348,6 +376,28 @@ TEST_F(Commands, AnEepromReadThatCannotBeServedAnswersMinusThreeWithoutACall)
         EXPECT_EQ(newLog(), "OVIK_SERVER: seepromRead error -3\n");
     }
     EXPECT_TRUE(platform.takeCalls().empty());
+}
+
+long peakMemoryKb(pid_t pid)
+{
+    std::ifstream file("/proc/" + std::to_string(pid) + "/status");
+    std::string word;
+    long kb = 0;
+    while (file >> word && word != "VmHWM:") {
+    }
+    file >> kb;
+    return kb;
+}
+
+TEST_F(Commands, NoLengthMakesTheServerTouchMoreMemoryThanItsAnswerNeeds)
+{
+    platform.answer("I2CSEEPROM.read", replyResultAndBytes(0, "x"));
+    request("seepromRead;0;1");
+    const long before = peakMemoryKb(panel->server.process().pid());
+    ASSERT_GT(before, 0);
+    for (const char* length : {"65535", "65536", "1000000000", "2147483647", "-1"})
+        request(std::string("seepromRead;0;") + length);
+    EXPECT_LT(peakMemoryKb(panel->server.process().pid()), before + 1024);
 }
 
 TEST_F(Commands, AnEepromAnswerIsCutToTheWholeBytesThatFit)

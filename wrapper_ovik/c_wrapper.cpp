@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cstring>
 #include <pthread.h>
 #include <unistd.h>
@@ -91,6 +92,20 @@ status_t valueFunc(const char* slot, Value* out, const Args&... args)
 /// What a caller's length says of its buffer: a negative one, that it has none.
 size_t size(int length) { return static_cast<size_t>(std::max(length, 0)); }
 
+/// As strncpy(), but the bytes need not have a NUL: those of a platform library may have none.
+void copyText(char* buffer, int length, const QByteArray& bytes)
+{
+    const size_t copied =
+        std::min(size(length), strnlen(bytes.constData(), static_cast<size_t>(bytes.size())));
+    memcpy(buffer, bytes.constData(), copied);
+    memset(buffer + copied, 0, size(length) - copied);
+}
+
+int atMostIntMax(unsigned int count)
+{
+    return static_cast<int>(std::min(count, static_cast<unsigned int>(INT_MAX)));
+}
+
 QByteArray utf8(const QByteArray& bytes) { return bytes; }
 QByteArray utf8(const QString& text) { return text.toUtf8(); }
 
@@ -100,7 +115,7 @@ status_t textFunc(const char* slot, char* buffer, int length, const Args&... arg
 {
     const auto resp = request<Resp>(slot, args...);
     if (resp.status == OVIK_OK)
-        strncpy(buffer, utf8(resp.value).constData(), size(length));
+        copyText(buffer, length, utf8(resp.value));
     return resp.status;
 }
 
@@ -311,7 +326,7 @@ status_t ovik_setHWPluginIO(unsigned int slot, unsigned int index, unsigned char
                             unsigned int count, int* pResp)
 {
     return intFunc("setHWPluginIO", pResp, slot, index,
-                   QByteArray(reinterpret_cast<const char*>(output), static_cast<int>(count)));
+                   QByteArray(reinterpret_cast<const char*>(output), atMostIntMax(count)));
 }
 
 status_t ovik_setHWPluginLedUserControl(unsigned int slot, unsigned int index, int control,
@@ -411,8 +426,8 @@ status_t ovik_getSystemInfo(char* moduleName, int maxLen, unsigned char* hwCode,
         return resp.status;
     const systemInfo& info = resp.info;
     // The record's field need not be terminated, so it bounds the copy as well.
-    const QByteArray name(reinterpret_cast<const char*>(info.moduleName), sizeof info.moduleName);
-    strncpy(moduleName, name.constData(), size(maxLen));
+    copyText(moduleName, maxLen,
+             QByteArray(reinterpret_cast<const char*>(info.moduleName), sizeof info.moduleName));
     *hwCode = info.hwCode;
     *manufactureCode =
         static_cast<unsigned short>(info.manufactureCode[0] | info.manufactureCode[1] << 8);

@@ -28,7 +28,7 @@
 #ifndef OVIK_C_H
 #define OVIK_C_H
 
-#include "ovik_status.h"
+#include "../IProxy/ovik_status.h"
 
 #include <stdbool.h>
 #include <stdint.h>

@@ -108,8 +108,8 @@ public Q_SLOTS:
     StatusIntResp applyNewConfiguration();
 
     // Plug-in modules. The slot is a place in the list of the modules found: OVIK_EMPTY_SLOT where
-    // there is none, OVIK_NO_PLATFORM for a module without such points. A call that fails at the
-    // platform gives OVIK_OK and 0.
+    // there is none. A module without such points gives OVIK_OK and -1, a call that fails at the
+    // platform OVIK_OK and 0.
     StatusIntResp getHWPluginIOMode(unsigned int slot, unsigned int index);
     StatusByteArrayResp getHWPluginIO(unsigned int slot, unsigned int index, int count);
     StatusIntResp setHWPluginIO(unsigned int slot, unsigned int index, QByteArray output);
@@ -156,5 +156,8 @@ private:
     ISysStatProxy* m_sysStat = nullptr;
     INetworkManagerProxy* m_networkManager = nullptr;
     IServiceManagerProxy* m_serviceManager = nullptr;
+
+protected:
+    /// As the D-Bus backend has found them, which owns them.
     QVector<HWPluginInstanceProxyDbus*> m_HWPluginInstances;
 };

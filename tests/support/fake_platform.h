@@ -8,7 +8,6 @@
 #include <future>
 #include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -52,7 +51,7 @@ public:
     static std::map<std::string, std::string> wholePanel();
 
     explicit FakePlatform(std::map<std::string, std::string> objects = wholePanel(),
-                          bool ownName = true);
+                          bool ownNameAtOnce = true);
     ~FakePlatform();
 
     /// Sets the answer to "Interface.Member", the interface by its last name component.

@@ -80,8 +80,16 @@ Process::Process(const std::vector<std::string>& command,
 Process::~Process()
 {
     stop();
-    close(m_out.fd);
-    close(m_err.fd);
+    closeOutput();
+}
+
+void Process::closeOutput()
+{
+    for (Stream* stream : {&m_out, &m_err}) {
+        if (stream->fd != -1)
+            close(stream->fd);
+        stream->fd = -1;
+    }
 }
 
 void Process::Stream::drain()

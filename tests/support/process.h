@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -29,6 +30,22 @@ private:
     std::string m_path;
 };
 
+/// A variable of the environment for as long as a scope lasts.
+class Variable
+{
+public:
+    Variable(const char* name, const std::string& value) : m_name(name)
+    {
+        setenv(name, value.c_str(), 1);
+    }
+    ~Variable() { unsetenv(m_name); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    const char* m_name;
+};
+
 /// A child process whose standard output and error are collected. It ends with this object.
 class Process
 {
@@ -47,6 +64,9 @@ public:
     const std::string& errors();
     /// Standard output since the last call of this function.
     std::string newOutput();
+
+    /// Reads no more: whatever it writes from now on is refused.
+    void closeOutput();
 
     bool waitForOutput(const std::string& text, std::chrono::milliseconds bound = patience);
     bool waitForErrors(const std::string& text, std::chrono::milliseconds bound = patience);

@@ -5,6 +5,9 @@
 #include <QCoreApplication>
 #include <QEvent>
 
+#include <mutex>
+#include <utility>
+
 namespace
 {
 std::mutex mutex;

@@ -1,5 +1,6 @@
 #include "tests/support/server.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/file.h>
@@ -9,7 +10,12 @@ ServerLock::ServerLock()
 {
     const std::string path = "/tmp/ovik_server.test-" + std::to_string(getuid()) + ".lock";
     m_fd = open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
-    if (m_fd == -1 || flock(m_fd, LOCK_EX) != 0)
+    if (m_fd == -1)
+        throw std::runtime_error("cannot open " + path);
+    if (flock(m_fd, LOCK_EX | LOCK_NB) == 0)
+        return;
+    fprintf(stderr, "waiting for %s: other tests, or a ./run.sh at a terminal?\n", path.c_str());
+    if (flock(m_fd, LOCK_EX) != 0)
         throw std::runtime_error("cannot lock " + path);
 }
 

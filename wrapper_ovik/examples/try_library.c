@@ -42,6 +42,7 @@ int main(void)
     if (ovik_init(0) != OVIK_OK || ovik_setMode(1) != OVIK_OK) {
         puts("libOVIK.so was not loaded; the lines above say why. Is its folder in "
              "LD_LIBRARY_PATH?");
+        ovik_shutdown();
         return 1;
     }
     if (answered("Buzzer", ovik_getBuzzerMode(&value)))
@@ -59,7 +60,7 @@ int main(void)
     if (answered("StorageMgr", ovik_getStorageInfoJson("", text, sizeof text - 1)))
         printf("%s\n", text);
     if (answered("SysStat", ovik_getAvailableMemory(&size)))
-        printf("%" PRIu64 " bytes available\n", size);
+        printf("%" PRIu64 " available\n", size);
     if (answered("NetworkManager", ovik_getNetworkConfigJson(text, sizeof text - 1)))
         printf("%s\n", text);
     ovik_shutdown();
