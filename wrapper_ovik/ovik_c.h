@@ -4,7 +4,7 @@
  * ovik_init() starts a thread of its own with the application object; every other function runs one
  * request there and blocks its caller until it is done.
  *
- * Common to all request functions, and not repeated at each:
+ * Common to all request functions:
  *
  * - Order: ovik_init() first, then any number of requests, then ovik_shutdown(). Both of these from
  *   one and the same thread, with no request under way.
@@ -13,17 +13,20 @@
  * - Result: OVIK_OK (0), or
  *     OVIK_NO_PLATFORM (-1)     no backend is in use, or it lacks the facility;
  *     OVIK_NO_APPLICATION (-3)  not initialised;
- *     OVIK_REPLY_ERROR (-4)     the platform's reply is an error or did not come;
- *     OVIK_NOT_RUN (-8)         the request was not run, or the backend does not support it;
- *   and for the plug-in functions also OVIK_EMPTY_SLOT (-10).
- * - Outputs are written on OVIK_OK only, and must not be null. An output named pResp is the
- *   platform's own answer: the value asked for, or the platform's result code of an action.
+ *     OVIK_REPLY_ERROR (-4)     the platform's reply is an error or did not come (D-Bus backend);
+ *     OVIK_NOT_RUN (-8)         called on the application thread, or not supported by the backend
+ *                               in use, where a function says so.
+ *   The plug-in functions have statuses of their own, see there.
+ * - Outputs are written on OVIK_OK only, and must not be null. An output named pResp that is an int
+ *   is the platform's own answer: the value asked for, or the platform's result code of an action,
+ *   which is commonly 0 for done.
  * - Texts passed in are NUL-terminated UTF-8; null counts as empty.
- * - Texts handed out are copied with strncpy and the caller's size: a shorter text is followed by
- *   NUL bytes up to the end, a text of that many bytes or more is cut and NOT terminated. A caller
- *   that needs a C string terminates the buffer itself.
- * - The meaning of values, modes, times and result codes is the platform's. Nothing is
- *   range-checked on the way.
+ * - Texts handed out are copied as strncpy() does with the caller's size in bytes: a shorter text
+ * is followed by NUL bytes up to the end, a text of that many bytes or more is cut and NOT
+ *   terminated. A caller that needs a C string terminates the buffer itself. A negative size counts
+ *   as 0.
+ * - Modes, controls, levels, times, counters and result codes have the platform's meaning and
+ * units. Nothing is range-checked on the way.
  */
 #ifndef OVIK_C_H
 #define OVIK_C_H
@@ -42,11 +45,12 @@ extern "C" {
 /**
  * Starts the application thread; returns when it is ready or after about 10 s.
  *
- * @param mode 0 no backend; 1 in-process backend; 2 D-Bus backend; 5 D-Bus backend, or none if it
- *             fails; 4 in-process backend at first, and from 10 s on the D-Bus backend as soon as
- *             it comes up; 6 no backend at first, and the D-Bus backend as soon as it comes up,
- *             tried every second. A backend that fails to initialise, or an unknown mode, leaves
- *             no backend in use and does not make this fail.
+ * @param mode 0 no backend; 1 in-process backend; 2 or 5 D-Bus backend; 3 D-Bus backend as it
+ *             stands, which is without anything behind it; 4 in-process backend at first, and from
+ *             about 10 s on the D-Bus backend as soon as it comes up; 6 no backend at first, and
+ *             the D-Bus backend as soon as it comes up. 4 and 6 try every second, without limit. A
+ *             backend that fails to initialise, or any other mode, leaves no backend in use and
+ *             does not make this fail.
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
  *         OVIK_NO_APPLICATION (-3) when the application did not appear in time. It may still appear
  *         later: call again to go on waiting for it.
@@ -54,8 +58,13 @@ extern "C" {
 status_t ovik_init(int mode);
 
 /**
- * Switches the backend: modes 0, 1, 2, 5 as for ovik_init(), 3 the D-Bus backend as it stands.
+ * Switches the backend; the one used before stays up.
  *
+ * @param mode 0 no backend: all but the plug-in functions answer OVIK_NO_PLATFORM; 1 in-process
+ *             backend: it has no services and no plug-in modules, for which the D-Bus backend stays
+ *             in use if it was; 2 D-Bus backend; 3 D-Bus backend as it stands, without initialising
+ *             it: with nothing behind it if it never was, and it is then not tried again; 5 D-Bus
+ *             backend, or none if that fails.
  * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised; OVIK_BACKEND_FAILED (-6) or
  *         OVIK_ILLEGAL_MODE (-7), both with nothing changed; OVIK_NOT_RUN (-8).
  */
@@ -79,13 +88,19 @@ void logOVIKErrors(char* err);
 
 /* --- Buzzer and backlight --- */
 
+/** Reads the buzzer's mode. */
 status_t ovik_getBuzzerMode(int* pMode);
+/** Sets the buzzer's mode. */
 status_t ovik_setBuzzerMode(int mode, int* pResp);
+/** Sets the buzzer's user control. */
 status_t ovik_setBuzzerUserControl(int control, int* pResp);
+/** Sets the buzzer's on time. */
 status_t ovik_setBuzzerOnTime(int time, int* pResp);
+/** Sets the buzzer's off time. */
 status_t ovik_setBuzzerOffTime(int time, int* pResp);
+/** Reads the backlight's brightness. */
 status_t ovik_getBrightness(int* pResp);
-/** Sets the brightness and keeps it over a restart. */
+/** Sets the backlight's brightness and has the platform keep it. */
 status_t ovik_saveBrightness(int value, int* pResp);
 
 /* --- System information, counters, memory, storage --- */
@@ -100,27 +115,51 @@ status_t ovik_saveBrightness(int value, int* pResp);
  */
 status_t ovik_getSystemInfo(char* moduleName, int maxLen, unsigned char* hwCode,
                             unsigned short* manufactureCode);
+/** Reads the counter of the panel's operating time. */
 status_t ovik_getSysCounter(int* pResp);
+/** Reads the counter of the backlight's operating time. */
 status_t ovik_getBackLightCounter(int* pResp);
+/** Reads how much memory is available. */
 status_t ovik_getAvailableMemory(uint64_t* pSize);
-/** @param maxLen size of @p version in bytes; the platform keeps 20. */
+/**
+ * Reads the version of the main operating system, up to its first NUL.
+ *
+ * @param maxLen size of @p version in bytes; the platform's text has at most 20.
+ */
 status_t ovik_mainOsVersion(char* version, int maxLen);
-/** @param maxLen size of @p pJson in bytes. The document comes as Latin-1. */
+/**
+ * Reads the JSON document about a storage device, as Latin-1.
+ *
+ * @param name   the platform's name of the device; the in-process backend ignores it and always
+ * asks for "/mnt/data"
+ * @param maxLen size of @p pJson in bytes
+ */
 status_t ovik_getStorageInfoJson(const char* name, char* pJson, int maxLen);
 
 /* --- Network --- */
 
-/** @param maxLen size of @p json in bytes. The document comes as Latin-1. */
+/**
+ * Reads the whole network configuration as a JSON document in Latin-1.
+ *
+ * @param maxLen size of @p json in bytes
+ */
 status_t ovik_getNetworkConfigJson(char* json, int maxLen);
-/** Stores the configuration of one interface; ovik_applyNewConfiguration() makes it take effect. */
+/** Stores the JSON configuration of one interface; ovik_applyNewConfiguration() puts it in force.
+ */
 status_t ovik_setInterfaceConfigJson(const char* interface, const char* config, int* pResp);
+/** Puts the stored configuration in force. */
 status_t ovik_applyNewConfiguration(int* pResp);
 
 /* --- Serial EEPROMs --- */
 
 /**
- * Reads @p len bytes from @p offset, of which the low 8 bits count, into @p pData. Exactly @p len
- * bytes are written: what the platform sent, then zero bytes. A negative @p len writes none.
+ * Reads from the panel's own serial EEPROM.
+ *
+ * @param offset where to start, in bytes; the low 8 bits count
+ * @param len    how many bytes. The platform is asked for as many as this says, so a negative
+ * number asks for more than it can have; nothing is written then.
+ * @param pData  gets exactly @p len bytes: what the platform sent, then zero bytes. Whether the
+ *               platform says that its own read failed is not told.
  */
 status_t ovik_seepromRead(int offset, int len, unsigned char* pData);
 /** The same from the EEPROM at the bus address @p slaveAddr, of which the low 8 bits count. */
@@ -128,51 +167,87 @@ status_t ovik_seepromReadSlave(int slaveAddr, int offset, int len, unsigned char
 
 /* --- Parameters --- */
 
-/** @param maxLength size of @p pResp in bytes, here and below. */
+/** Reads one volatile parameter, as UTF-8. @param maxLength size of @p pResp in bytes, here and
+ * below */
 status_t ovik_getVolatileParameter(const char* key, char* pResp, int maxLength);
+/** Reads one system parameter, as UTF-8. */
 status_t ovik_getSystemParameter(const char* key, char* pResp, int maxLength);
+/** Reads all volatile parameters as a JSON document in UTF-8. In-process backend: OVIK_NOT_RUN. */
 status_t ovik_getAllVolatileParametersJson(char* pResp, int maxLength);
+/** Reads all system parameters as a JSON document in UTF-8. In-process backend: OVIK_NOT_RUN. */
 status_t ovik_getAllSystemParametersJson(char* pResp, int maxLength);
+/** Sets one volatile parameter. */
 status_t ovik_setVolatileParameter(const char* key, const char* value, int* pResp);
+/** Sets one system parameter; the in-process backend has it written to its storage at once. */
 status_t ovik_setSystemParameter(const char* key, const char* value, int* pResp);
+/** Sets the system parameters of a JSON document. In-process backend: OVIK_NOT_RUN. */
 status_t ovik_setSystemParametersJson(const char* key, const char* json, int* pResp);
 
 /* --- Plug-in modules ----------------------------------------------------------------------------
  *
- * @p slot is a place, from 0, in the list of the modules found, in the order of their slots;
- * @p index is the I/O point or LED of the module. A request that fails at the platform gives
- * OVIK_OK and the value 0.
+ * @p slot is a place, from 0, in the list of the modules found, in the order of their slots: with
+ * modules in slots 0 and 2, the second is at place 1. @p index is the I/O point or LED of the
+ * module.
+ *
+ * The only failures are OVIK_EMPTY_SLOT (-10) for a place beyond the list, OVIK_NO_APPLICATION and,
+ * on the application thread, OVIK_NOT_RUN. Everything else is OVIK_OK, with the value -1 from a
+ * module that has no such points, and the value 0 when the platform's reply is an error or does not
+ * come.
  */
 
+/** Reads an I/O point's mode; 2 is the mode in which it may be set. */
 status_t ovik_getHWPluginIOMode(unsigned int slot, unsigned int index, int* mode);
-/** Writes exactly @p count bytes to @p input: what the platform sent, then zero bytes. */
+/**
+ * Reads @p count bytes of an I/O point. Exactly as many are written to @p input: what the platform
+ * sent, then zero bytes.
+ */
 status_t ovik_getHWPluginIO(unsigned int slot, unsigned int index, unsigned char* input,
                             unsigned int count);
-/** Sends the @p count bytes of @p output. */
+/** Writes the @p count bytes of @p output to an I/O point, at most INT_MAX of them. */
 status_t ovik_setHWPluginIO(unsigned int slot, unsigned int index, unsigned char* output,
                             unsigned int count, int* pResp);
+/** Reads a LED's mode; 2 is the mode in which it may be set. */
 status_t ovik_getHWPluginLedMode(unsigned int slot, unsigned int index, int* mode);
+/** Sets a LED's user control. */
 status_t ovik_setHWPluginLedUserControl(unsigned int slot, unsigned int index, int control,
                                         int* pResp);
+/** Sets a LED's value. */
 status_t ovik_setHWPluginLedValue(unsigned int slot, unsigned int index, unsigned int value,
                                   int* pResp);
+/** Sets how long a LED is lit when it blinks. */
 status_t ovik_setHWPluginLedOnTime(unsigned int slot, unsigned int index, int onTime, int* pResp);
+/** Sets how long a LED is dark when it blinks. */
 status_t ovik_setHWPluginLedOffTime(unsigned int slot, unsigned int index, int offTime, int* pResp);
+/** Lights a LED once, with the value 1, for @p time. */
 status_t ovik_setHWPluginLedFlash(unsigned int slot, unsigned int index, int time, int* pResp);
+/** Has a LED blink, with the value 1. */
 status_t ovik_setHWPluginLedBlink(unsigned int slot, unsigned int index, int onTime, int offTime,
                                   int* pResp);
 
-/* --- System services --- */
+/* --- System services ----------------------------------------------------------------------------
+ *
+ * @p service is the platform's name of the service. Only the D-Bus backend has services.
+ */
 
+/** Starts a service. */
 status_t ovik_serviceStart(const char* service, int* pResp);
+/** Stops a service. */
 status_t ovik_serviceStop(const char* service, int* pResp);
+/** Stops and starts a service. */
 status_t ovik_serviceRestart(const char* service, int* pResp);
+/** Has a service read its configuration again. */
 status_t ovik_serviceReload(const char* service, int* pResp);
+/** Has a service start with the panel. */
 status_t ovik_serviceEnable(const char* service, int* pResp);
+/** Has a service not start with the panel. */
 status_t ovik_serviceDisable(const char* service, int* pResp);
+/** Tells whether a service starts with the panel. */
 status_t ovik_serviceEnabled(const char* service, bool* pResp);
+/** Puts a service's settings in force. */
 status_t ovik_serviceApply(const char* service, int* pResp);
+/** Tells whether the platform controls the service. */
 status_t ovik_serviceControlled(const char* service, bool* pResp);
+/** Reads a service's state. */
 status_t ovik_serviceState(const char* service, int* pResp);
 /**
  * Starts a command of a service; returns when the platform has taken it.
