@@ -10,8 +10,26 @@
 #include "IProxy/IStorageManagerProxy.h"
 #include "IProxy/ISysStatProxy.h"
 #include "IProxy/ISystemInfoProxy.h"
+#include "dbus_ovik/BacklightProxyDbus.h"
+#include "dbus_ovik/BuzzerProxyDbus.h"
+#include "dbus_ovik/MainOsProxyDbus.h"
+#include "dbus_ovik/NetworkManagerProxyDbus.h"
 #include "dbus_ovik/OVIKInterfaceDbus.h"
+#include "dbus_ovik/OvikProxyDbus.h"
+#include "dbus_ovik/SeepromProxyDbus.h"
+#include "dbus_ovik/StorageManagerProxyDbus.h"
+#include "dbus_ovik/SysStatProxyDbus.h"
+#include "dbus_ovik/SystemInfoProxyDbus.h"
+#include "local_ovik/BacklightProxyLocal.h"
+#include "local_ovik/BuzzerProxyLocal.h"
+#include "local_ovik/MainOsProxyLocal.h"
+#include "local_ovik/NetworkManagerProxyLocal.h"
 #include "local_ovik/OVIKInterfaceLocal.h"
+#include "local_ovik/OvikProxyLocal.h"
+#include "local_ovik/SeepromProxyLocal.h"
+#include "local_ovik/StorageManagerProxyLocal.h"
+#include "local_ovik/SysStatProxyLocal.h"
+#include "local_ovik/SystemInfoProxyLocal.h"
 #include "wrapper_ovik/ovikapplication.h"
 
 #include "tests/support/qt_fixture.h"
@@ -50,7 +68,8 @@ Proxies proxiesOf(Backend& backend)
             backend.networkManagerProxy()};
 }
 
-/// A backend that has been started over a simulated panel of its own.
+/// A backend that has been started over a simulated panel of its own; or just its proxies, without
+/// the platform's objects.
 class Started
 {
 public:
@@ -85,14 +104,67 @@ private:
     OVIKInterfaceLocal backend;
 };
 
+class DbusAbsent : public Started
+{
+public:
+    Proxies proxies() override
+    {
+        return {nullptr, &systemInfo, &buzzer,  &backlight, &seeprom,
+                &ovik,   &mainOs,     &storage, &sysStat,   &network};
+    }
+
+private:
+    QDBusConnection bus = (theBus(), QDBusConnection::systemBus());
+    FakePlatform platform{std::map<std::string, std::string>()};
+    SystemInfoProxyDbus systemInfo{bus};
+    BuzzerProxyDbus buzzer{bus};
+    BacklightProxyDbus backlight{bus};
+    SeepromProxyDbus seeprom{bus};
+    OvikProxyDbus ovik{bus};
+    MainOsProxyDbus mainOs{bus};
+    StorageManagerProxyDbus storage{bus};
+    SysStatProxyDbus sysStat{bus};
+    NetworkManagerProxyDbus network{bus};
+};
+
+class LocalAbsent : public Started
+{
+public:
+    Proxies proxies() override
+    {
+        return {nullptr, &systemInfo, &buzzer,  &backlight, &seeprom,
+                &ovik,   &mainOs,     &storage, &sysStat,   &network};
+    }
+
+private:
+    static QObject* nothing(const char*) { return nullptr; }
+
+    SystemInfoProxyLocal systemInfo{nothing};
+    BuzzerProxyLocal buzzer{nothing};
+    BacklightProxyLocal backlight{nothing};
+    SeepromProxyLocal seeprom{nothing};
+    OvikProxyLocal ovik{nothing};
+    MainOsProxyLocal mainOs{nothing};
+    StorageManagerProxyLocal storage{nothing};
+    SysStatProxyLocal sysStat{nothing};
+    NetworkManagerProxyLocal network{nothing};
+};
+
 struct Backend {
     const char* name;
     std::unique_ptr<Started> (*start)();
+    std::unique_ptr<Started> (*absent)();
 };
 
+template <class Kind>
+std::unique_ptr<Started> make()
+{
+    return std::make_unique<Kind>();
+}
+
 const Backend backends[] = {
-    {"Dbus", []() -> std::unique_ptr<Started> { return std::make_unique<DbusStarted>(); }},
-    {"Local", []() -> std::unique_ptr<Started> { return std::make_unique<LocalStarted>(); }},
+    {"Dbus", make<DbusStarted>, make<DbusAbsent>},
+    {"Local", make<LocalStarted>, make<LocalAbsent>},
 };
 
 /// An answer as text: the status, and the value if it counts.
@@ -157,6 +229,8 @@ const std::vector<Question> questions = {
 class Contract : public testing::TestWithParam<Backend>
 {
 protected:
+    ~Contract() override { settle(); }
+
     int argc = 1;
     OvikApplication application{argc, nullptr}; // registers the records
 };
@@ -171,6 +245,63 @@ TEST_P(Contract, EveryQuestionHasItsAnswer)
             departure == question.departures.end() ? question.expected : departure->second;
         EXPECT_EQ(question.ask(proxies), expected) << question.what;
     }
+}
+
+TEST_P(Contract, AProxyWithoutItsObjectAnswersMinusOneAndTouchesNothing)
+{
+    const auto absent = GetParam().absent();
+    const Proxies p = absent->proxies();
+    int i = -77;
+    qulonglong u = 77;
+    QString s = "untouched";
+    QByteArray y = "untouched";
+    systemInfo info;
+    ovikStorageInfo storage;
+    memset(&info, 0xEE, sizeof info);
+    memset(&storage, 0xEE, sizeof storage);
+
+    EXPECT_FALSE(p.buzzer->isValid());
+    EXPECT_EQ(p.buzzer->setBuzzerMode(1, i), -1);
+    EXPECT_EQ(p.buzzer->getBuzzerMode(i), -1);
+    EXPECT_EQ(p.buzzer->setBuzzerUserControl(1, i), -1);
+    EXPECT_EQ(p.buzzer->setBuzzerOnTime(1, i), -1);
+    EXPECT_EQ(p.buzzer->setBuzzerOffTime(1, i), -1);
+    EXPECT_FALSE(p.backlight->isValid());
+    EXPECT_EQ(p.backlight->getBrightness(i), -1);
+    EXPECT_EQ(p.backlight->saveBrightness(1, i), -1);
+    EXPECT_FALSE(p.systemInfo->isValid());
+    EXPECT_EQ(p.systemInfo->getSystemInfo(info), -1);
+    EXPECT_FALSE(p.seeprom->isValid());
+    EXPECT_EQ(p.seeprom->read(0, 1, y, i), -1);
+    EXPECT_EQ(p.seeprom->readSlave(0, 0, 1, y, i), -1);
+    EXPECT_FALSE(p.ovik->isValid());
+    EXPECT_EQ(p.ovik->getSysCounter(i), -1);
+    EXPECT_EQ(p.ovik->getBackLightCounter(i), -1);
+    EXPECT_EQ(p.ovik->getVolatileParameter("k", s), -1);
+    EXPECT_EQ(p.ovik->getSystemParameter("k", s), -1);
+    EXPECT_EQ(p.ovik->getAllVolatileParametersJson(s), -1);
+    EXPECT_EQ(p.ovik->getAllSystemParametersJson(s), -1);
+    EXPECT_EQ(p.ovik->setVolatileParameter("k", "v", i), -1);
+    EXPECT_EQ(p.ovik->setSystemParameter("k", "v", i), -1);
+    EXPECT_EQ(p.ovik->setSystemParametersJSON("k", "j", i), -1);
+    EXPECT_FALSE(p.mainOs->isValid());
+    EXPECT_EQ(p.mainOs->version(y), -1);
+    EXPECT_FALSE(p.storage->isValid());
+    EXPECT_EQ(p.storage->getStorageInfo("n", storage), -1);
+    EXPECT_EQ(p.storage->getStorageInfoJson("n", s), -1);
+    EXPECT_FALSE(p.sysStat->isValid());
+    EXPECT_EQ(p.sysStat->availableMemory(u), -1);
+    EXPECT_FALSE(p.network->isValid());
+    EXPECT_EQ(p.network->getConfigJson(s), -1);
+    EXPECT_EQ(p.network->setInterfaceConfigJson("i", "c", i), -1);
+    EXPECT_EQ(p.network->applyNewConfiguration(i), -1);
+
+    EXPECT_EQ(i, -77);
+    EXPECT_EQ(u, 77u);
+    EXPECT_EQ(s, "untouched");
+    EXPECT_EQ(y, "untouched");
+    EXPECT_EQ(info.day, 0xEE);
+    EXPECT_EQ(storage.accessFlag, 0xEEEEEEEEu);
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, Contract, testing::ValuesIn(backends),
