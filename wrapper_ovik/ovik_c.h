@@ -71,7 +71,8 @@ status_t ovik_init(int mode);
 status_t ovik_setMode(int mode);
 
 /**
- * Ends the application thread and releases the backends. ovik_init() may follow.
+ * Ends the application thread and releases the backends. ovik_init() may follow; Qt then warns on
+ * standard error that the application is not in the main thread, which does no harm.
  *
  * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised; OVIK_NOT_RUN (-8).
  */
