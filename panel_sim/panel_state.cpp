@@ -17,6 +17,7 @@ template <class Point>
 std::vector<Point> fixedAndSettableInTurn()
 {
     std::vector<Point> points;
+    points.reserve(pointsPerPlugin);
     for (int index = 0; index < pointsPerPlugin; ++index)
         points.push_back(Point{index % 2 == 0 ? Fixed : Settable});
     return points;

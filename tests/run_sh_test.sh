@@ -199,7 +199,10 @@ a_lock_that_another_run_sh_holds() {
 }
 
 exec 9<>"$lock"
-flock 9
+flock --nonblock 9 || {
+    printf 'waiting for another test that holds %s\n' "$lock"
+    flock 9
+}
 for situation in the_tour requests_of_the_command_line a_quit_among_the_requests \
     a_request_that_is_refused a_link_to_a_place_with_a_blank another_server_that_lives \
     a_terminal ctrl_d_at_a_terminal ctrl_c_at_a_terminal a_termination_while_a_request_waits \

@@ -65,9 +65,12 @@ TEST(Lifecycle, NoRequestIsReadAfterQuit)
     ASSERT_TRUE(client.send("quit;anything"));
     ASSERT_TRUE(client.send("getBrightness"));
     server.process().signal(SIGCONT);
-    EXPECT_EQ(client.receive(), "0");
     EXPECT_EQ(server.process().wait(), 0);
-    EXPECT_EQ(client.receiveBytes(), std::nullopt) << "reset: the second request was not read";
+    // One receive fails, as the second request was not read; the first one's answer is there.
+    const std::vector<std::optional<std::string>> received = {client.receiveBytes(),
+                                                              client.receiveBytes()};
+    EXPECT_EQ(std::count(received.begin(), received.end(), std::string("0", 2)), 1);
+    EXPECT_EQ(std::count(received.begin(), received.end(), std::nullopt), 1);
 }
 
 TEST(Lifecycle, ArgumentsAreIgnored)
