@@ -1,0 +1,28 @@
+#pragma once
+
+#include <ostream>
+#include <sys/types.h>
+
+/// What a running process holds.
+struct Footprint {
+    /// Open descriptors, without those of a server's clients: it keeps a client's descriptor on
+    /// purpose when that has gone.
+    int descriptors = 0;
+    /// Of clients, connected or gone.
+    int clientDescriptors = 0;
+    int threads = 0;
+    /// Memory of its own, in KiB.
+    long memory = 0;
+};
+
+/// Throws when there is no such process.
+Footprint footprintOf(pid_t pid);
+
+/**
+ * True when the descriptors and threads are those of @p before, and the memory too but for
+ * @p memorySlack KiB, which an allocator needs to settle. Memory does not count in a sanitized
+ * build: a sanitizer keeps what is freed for a while.
+ */
+bool isBackAt(const Footprint& before, const Footprint& now, long memorySlack);
+
+std::ostream& operator<<(std::ostream& out, const Footprint& footprint);
