@@ -7,8 +7,9 @@
 #   ./run.sh 'setBuzzerMode;1' getBuzzerMode  sends these requests instead
 #
 # Exit status 0: each of them was answered with status 0, and the service ended well.
-# OVIK_BUILD_DIR names a build to use as it is; OVIK_LOCK_HELD says that the caller holds the lock
-# of take_lock() already.
+# OVIK_BUILD_DIR names a build to use as it is; OVIK_SERVER_UNDER is a command, with its options, to
+# run the server under, such as valgrind; OVIK_LOCK_HELD says that the caller holds the lock of
+# take_lock() already.
 set -euo pipefail
 [ -z "${OVIK_BUILD_DIR:-}" ] || OVIK_BUILD_DIR=$(realpath "$OVIK_BUILD_DIR")
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
@@ -141,7 +142,8 @@ start_all() {
     start_bus
     start panel "$bin/ovik_panel_sim"
     await panel grep -q '^ovik_panel_sim: ready' "$dir/panel.log"
-    start server "$bin/ovik_server"
+    # shellcheck disable=SC2086 # of several words
+    start server ${OVIK_SERVER_UNDER:-} "$bin/ovik_server"
     await server "$bin/ovik_request" --probe
     await server has_platform
 }
