@@ -192,6 +192,20 @@ std::string Requests::sound(size_t command) { return request(command, 0) + '\0';
 
 bool Requests::haveCommandsAllCome() const { return m_next >= commandTable.size(); }
 
+std::vector<std::string> Requests::largest() const
+{
+    const std::string longest(receiveBuffer - 100, 'l');
+    std::vector<std::string> messages;
+    for (const std::string& key : usualOf({"key", ArgumentKind::Text})->texts) {
+        for (const char* word : {"setSystemParameter", "setVolatileParameter"})
+            messages.push_back(word + (';' + key + ';' + longest) + '\0');
+    }
+    for (const char* text : {"getAllSystemParametersJson", "getAllVolatileParametersJson",
+                             "getSystemParameter;k1", "seepromRead;0;65535"})
+        messages.push_back(text + std::string(1, '\0'));
+    return messages;
+}
+
 std::string Requests::any()
 {
     if (!haveCommandsAllCome()) {

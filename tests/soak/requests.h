@@ -3,6 +3,7 @@
 #include "tests/soak/random.h"
 
 #include <string>
+#include <vector>
 
 /// Makes requests of every command, sound and odd ones, and messages that are none.
 class Requests
@@ -19,6 +20,9 @@ public:
     std::string anyButCommand();
     /// A sound request of the command of that place in the service's table.
     std::string sound(size_t command);
+
+    /// Requests that make the panel's texts as long as they may get, and read them.
+    std::vector<std::string> largest() const;
 
     bool haveCommandsAllCome() const;
 

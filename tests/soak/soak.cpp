@@ -80,7 +80,7 @@ bool Soak::run()
             const Fault* fault = nullptr;
             if (m_random.chance(10))
                 fault = m_random.pick(faults(Cost::Usual));
-            else if (m_seconds >= longRun && m_random.below(20000) == 0)
+            else if (m_seconds >= longRun && m_random.below(4000) == 0)
                 fault = m_random.pick(faults(Cost::Slow));
             step(fault);
             measure();
@@ -116,6 +116,10 @@ void Soak::warmUp()
     }
     while (goesOn() && !m_traffic.haveCommandsAllCome())
         step(nullptr);
+    // Buffers grow now and not at some later time.
+    for (int times = 0; goesOn() && times < 10; ++times)
+        m_traffic.largestRequests();
+    m_scene.restartPanel();
 }
 
 /// Some traffic, perhaps around a fault.

@@ -136,6 +136,15 @@ void Traffic::request(const std::string& text)
     checkAnswer(client, text + '\0', Clock::now());
 }
 
+void Traffic::largestRequests()
+{
+    Client client(serverSocket);
+    for (const std::string& message : m_requests.largest()) {
+        client.sendBytes(message);
+        checkAnswer(client, message, Clock::now());
+    }
+}
+
 void Traffic::settle()
 {
     if (m_model.mayWait() && m_model.canCommand())

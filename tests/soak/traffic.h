@@ -22,6 +22,8 @@ public:
     void someClients();
     /// One request of a client of its own.
     void request(const std::string& text);
+    /// The largest requests and answers.
+    void largestRequests();
     /// Ends a wait that a failed command has left behind, so that no later one waits for a minute.
     void settle();
 
