@@ -11,7 +11,7 @@ seconds=${1:-}
 [[ $seconds =~ ^[1-9][0-9]*$ ]] || die "usage: $0 SECONDS [TARGET...]"
 shift
 targets=("$@")
-[ $# -gt 0 ] || targets=(fuzz_request)
+[ $# -gt 0 ] || targets=(fuzz_request fuzz_bridge fuzz_replies)
 
 place=build-fuzz/fuzz
 sockets=$(mktemp -d)
@@ -23,12 +23,14 @@ export UBSAN_OPTIONS=print_stacktrace=1
 # fuzz TARGET: its exit status says whether something was found.
 fuzz() {
     local target=$1
-    local options=(-max_total_time="$seconds" -max_len=8192 -timeout=25 -rss_limit_mb=2048
+    local options=(-max_total_time="$seconds" -timeout=25 -rss_limit_mb=2048
         -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="$place/$target/findings/")
     local corpora=("$place/$target/corpus")
-    # Requests are what the first two are fed with.
-    if [ "$target" != fuzz_replies ]; then
-        options+=(-dict="$place/requests.dict")
+    # Requests are what the first two are fed with, and the longest is longer than the buffer.
+    if [ "$target" = fuzz_replies ]; then
+        options+=(-max_len=1024 -len_control=0)
+    else
+        options+=(-max_len=8192 -dict="$place/requests.dict")
         corpora+=("$place/seeds")
     fi
     # Looking for leaks after each input wants a program that does one thing at a time; the others
