@@ -75,7 +75,7 @@ std::string drawType(FuzzedDataProvider& input, int depth = 0)
 template <class Number>
 bool appendNumber(FuzzedDataProvider& input, sd_bus_message* message, char type)
 {
-    // Some bytes of it, as those of a double stand for values of every kind.
+    // Those of a double as well: any bits are one.
     const auto number = input.ConsumeIntegral<Number>();
     return sd_bus_message_append_basic(message, type, &number) >= 0;
 }
@@ -109,8 +109,10 @@ bool appendOne(FuzzedDataProvider& input, sd_bus_message* message, const std::st
     case 'q':
         return appendNumber<uint16_t>(input, message, type[0]);
     case 'i':
-    case 'u':
-        return appendNumber<uint32_t>(input, message, type[0]);
+    case 'u': {
+        const int number = drawNumber(input);
+        return sd_bus_message_append_basic(message, type[0], &number) >= 0;
+    }
     case 'x':
     case 't':
     case 'd':

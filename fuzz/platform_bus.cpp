@@ -158,7 +158,10 @@ void PlatformBus::serve(sd_bus_message* call)
 
     if (!afterReply)
         sendAndForget(signal);
-    sendAndForget(toDriver ? driverReply(call) : reply(call));
+    sd_bus_message* const answer = toDriver ? driverReply(call) : reply(call);
+    if (!toDriver)
+        m_hasFailed = sd_bus_message_is_method_error(answer, nullptr) > 0;
+    sendAndForget(answer);
     if (afterReply)
         sendAndForget(signal);
 }

@@ -27,6 +27,9 @@ public:
     /// To be changed only while no call is under way. Null for none.
     void drawFrom(FuzzedDataProvider* input) { m_input = input; }
 
+    /// Whether the latest answer of the service was an error.
+    bool hasFailed() const { return m_hasFailed; }
+
 private:
     static int onMessage(sd_bus_message* message, void* self, sd_bus_error* error);
     void serve(sd_bus_message* call);
@@ -41,6 +44,7 @@ private:
     std::atomic<int> m_connection{-1};
     std::atomic<bool> m_stop{false};
     std::atomic<FuzzedDataProvider*> m_input{nullptr};
+    std::atomic<bool> m_hasFailed{false};
     std::map<std::string, std::string> m_signatures; ///< of the replies, by "interface.method"
     std::string m_introspection;                     ///< that lists every interface
     std::thread m_thread;

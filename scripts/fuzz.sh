@@ -28,7 +28,7 @@ fuzz() {
     local corpora=("$place/$target/corpus")
     # Requests are what the first two are fed with, and the longest is longer than the buffer.
     if [ "$target" = fuzz_replies ]; then
-        options+=(-max_len=1024 -len_control=0)
+        options+=(-max_len=256 -len_control=0)
     else
         options+=(-max_len=8192 -dict="$place/requests.dict")
         corpora+=("$place/seeds")
