@@ -18,6 +18,7 @@
 namespace
 {
 constexpr size_t longestMessage = 6000; // more than the server's buffer
+constexpr int mostMessages = 64;
 constexpr int dbusBackend = 2;
 
 PlatformBus* bus;
@@ -43,7 +44,9 @@ void converse(FuzzedDataProvider& input)
                                     OVIK_NOT_RUN,    OVIK_REPLY_ERROR, OVIK_TIMEOUT,
                                     OVIK_EMPTY_SLOT, OVIK_WRONG_MODE};
     Conversation conversation;
-    while (!conversation.isOver() && input.remaining_bytes() > 0) {
+    for (int messages = 0; messages < mostMessages; ++messages) {
+        if (conversation.isOver() || input.remaining_bytes() == 0)
+            break;
         drawMode(input);
         const std::string message = input.ConsumeRandomLengthString(longestMessage);
         if (message.empty())

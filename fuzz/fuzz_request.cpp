@@ -14,6 +14,7 @@
 namespace
 {
 constexpr size_t longestMessage = 6000; // more than the server's buffer
+constexpr int mostMessages = 64;
 constexpr int maxSleeps = 120;
 
 /// The statuses that the front itself answers with, and when.
@@ -37,7 +38,9 @@ bool isOfTheFront(const Exchange& exchange)
 void converse(FuzzedDataProvider& input)
 {
     Conversation conversation;
-    while (!conversation.isOver() && input.remaining_bytes() > 0) {
+    for (int messages = 0; messages < mostMessages; ++messages) {
+        if (conversation.isOver() || input.remaining_bytes() == 0)
+            break;
         standIn.calls = 0;
         const Exchange exchange =
             conversation.send(input.ConsumeRandomLengthString(longestMessage));
