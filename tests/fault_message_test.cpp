@@ -72,7 +72,7 @@ const std::vector<Row> rows = {
     {"CutInsideACharacter", {value(std::string(4975, 'x') + "\u00fc", std::string(4975, 'x') + bad)}},
 
     // --- NUL ---
-    {"WithoutNulInAnEmptyBuffer",        {sets(setValue + "abc", "abc")}},
+    {"WithoutNulInAnEmptyBuffer",   {sets(setValue + "abc", "abc")}},
     {"WithoutNulAfterAShorterOne",  {refused(terminated("x")), sets(setValue + "abc", "abc")}},
     {"WithoutNulAfterALongerOne",   {value("0123456789", "0123456789"), sets(setValue + "ab", "ab23456789")}},
     {"Of5000BytesWithoutNul",       {sets(setValue + std::string(4977, 'x'), std::string(4976, 'x'))}},
@@ -131,7 +131,7 @@ const std::vector<Row> rows = {
     {"SpaceInside",         {number("1 0", 0)}},
     {"NoDigits",            {number("", 0)}},
     {"FullWidthDigit",      {number("\uff15", 0)}},
-    {"FullPlaceOfAnUnsignedArgument", {{terminated("getHWPluginIoMode;4294967296;1"), "0 2", "/HWPlugin/0/Sensors com.wenu.OVIK.Sensors.getIoMode(u) 1"}}},
+    {"BeyondUnsignedMaxAsASlot", {{terminated("getHWPluginIoMode;4294967296;1"), "0 2", "/HWPlugin/0/Sensors com.wenu.OVIK.Sensors.getIoMode(u) 1"}}},
 };
 // clang-format on
 
