@@ -5,10 +5,6 @@
 
 namespace
 {
-/// Two threads have a heap each, and the allocator keeps up to 128 KiB of what is freed at the top
-/// of a heap.
-constexpr long memorySlack = 2 * 128;
-
 /// Makes the server do everything once that it does lazily, or that makes its heaps grow.
 void warmUp()
 {
@@ -44,6 +40,7 @@ void Fault::SetUp()
 
 void Fault::TearDown()
 {
+    ASSERT_TRUE(server.process().running()) << server.process().errors();
     EXPECT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
     Footprint now;
     EXPECT_TRUE(waitUntil([&] {

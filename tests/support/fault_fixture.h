@@ -10,6 +10,10 @@
 inline const char* const goodRequest = "getBrightness";
 inline const char* const goodAnswer = "0 75";
 
+/// KiB that a server may keep: two threads have a heap each, and the allocator keeps up to 128 KiB
+/// of what is freed at the top of a heap.
+constexpr long memorySlack = 2 * 128;
+
 /**
  * A server with a whole panel behind it, to which a test does something bad. After every test a new
  * client must be served, and the server must hold what it held before.
