@@ -76,22 +76,6 @@ TEST_F(Fault, TenThousandClientsAreGoneBeforeTheirAnswer)
     EXPECT_EQ(count(server.process().errors(), line) - linesBefore, batches * batch);
 }
 
-// The bus's library ignores the signal of a failed write for the whole process, once it has a bus.
-TEST(FaultWithoutABus, AClientGoneBeforeItsAnswerDoesNoHarm)
-{
-    const Variable noBus("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
-    Server server;
-    auto busy = std::make_unique<Client>(serverSocket);
-    ASSERT_EQ(busy->request(goodRequest), "-1");
-    const Footprint before = footprintOf(server.process().pid());
-    ASSERT_TRUE(Client(serverSocket).send(goodRequest));
-    busy.reset();
-    ASSERT_TRUE(server.process().waitForErrors("OVIK_SERVER: write: Broken pipe\n"));
-    EXPECT_EQ(Client(serverSocket).request(goodRequest), "-1");
-    EXPECT_TRUE(waitUntil(
-        [&] { return isBackAt(before, footprintOf(server.process().pid()), memorySlack); }));
-}
-
 TEST_F(Fault, TenThousandClientsInTurnAreAllServed)
 {
     constexpr int all = 10000;
