@@ -100,13 +100,13 @@ TEST_F(Fault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
         ASSERT_TRUE(client.send(numbered(i)));
     ASSERT_EQ(shutdown(client.fd(), SHUT_WR), 0);
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(client.receive(), answerOf(i));
+        ASSERT_EQ(client.receive(), answerOf(i));
 
     // The next one is served at once. The server's end of a forgotten client stays open, so that
     // one is told of no end, until the server needs the descriptor.
-    EXPECT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
+    ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
     EXPECT_TRUE(hearsNothing(client));
-    useUpDescriptors();
+    ASSERT_NO_FATAL_FAILURE(useUpDescriptors());
     EXPECT_EQ(client.receive(0ms), "(connection closed)");
 }
 
@@ -118,10 +118,10 @@ TEST_F(Fault, AMessageOfNoBytesMakesItsSenderForgotten)
 
     // Its later requests are sent, but never read.
     ASSERT_TRUE(client.send(numbered(2)));
-    EXPECT_EQ(Client(serverSocket).request(numbered(3)), answerOf(3));
+    ASSERT_EQ(Client(serverSocket).request(numbered(3)), answerOf(3));
     EXPECT_TRUE(hearsNothing(client));
     EXPECT_EQ(platform.takeCalls(), std::vector({callOf(1), callOf(3)}));
-    useUpDescriptors();
+    ASSERT_NO_FATAL_FAILURE(useUpDescriptors());
     char byte;
     EXPECT_EQ(recv(client.fd(), &byte, 1, MSG_DONTWAIT), -1);
     EXPECT_EQ(errno, ECONNRESET); // as a request of its was never read
@@ -181,7 +181,7 @@ TEST_F(Fault, AFullQueueIsServedInTheOrderOfConnectingAndALaterClientAfterIt)
 
     served.reset();
     for (int i = 1; i <= room; ++i) {
-        EXPECT_EQ(waiting.front()->receive(), answerOf(i));
+        ASSERT_EQ(waiting.front()->receive(), answerOf(i));
         waiting.erase(waiting.begin());
     }
     EXPECT_EQ(later.get(), answerOf(room + 1));
@@ -290,7 +290,7 @@ TEST_F(Fault, DescriptorsPassedAlongAreNotKept)
     Client client(serverSocket);
     for (int i = 0; i < 10; ++i) { // more than the server may have open
         ASSERT_TRUE(sendWithDescriptors(client, numbered(i), std::vector<int>(100, ends[1])));
-        EXPECT_EQ(client.receive(), answerOf(i));
+        ASSERT_EQ(client.receive(), answerOf(i));
     }
     close(ends[1]);
     char byte;
@@ -322,7 +322,7 @@ double timeToAGoodAnswer(Clock::time_point start)
 
 TEST_F(Fault, AFirstRequestWithoutNulEndsAtItsLastByte)
 {
-    killServer(server);
+    ASSERT_NO_FATAL_FAILURE(killServer(server));
     server.start();
     Client client(serverSocket);
     ASSERT_TRUE(client.sendBytes(goodRequest));
@@ -339,7 +339,7 @@ TEST_F(Fault, KilledAndStartedAgainItServesWithinASecond)
 {
     double best = 1e9;
     for (int i = 0; i < 5; ++i) {
-        killServer(server);
+        ASSERT_NO_FATAL_FAILURE(killServer(server));
         const auto start = Clock::now();
         server.start();
         best = std::min(best, timeToAGoodAnswer(start));
@@ -357,7 +357,7 @@ TEST_F(Fault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThat)
     constexpr double adoption = 100;
     double best = 1e9;
     for (int i = 0; i < 3; ++i) {
-        killServer(server);
+        ASSERT_NO_FATAL_FAILURE(killServer(server));
         platform.releaseName();
         server.start();
         EXPECT_EQ(Client(serverSocket).request(goodRequest), "-1");
