@@ -1,5 +1,5 @@
 // Every command of the protocol through the real program: what it sends over the bus, what it
-// answers and what it logs.
+// answers and what it logs. Requests that no good client makes are in fault_message_test.cpp.
 
 #include "tests/support/fake_platform.h"
 #include "tests/support/private_bus.h"
@@ -203,25 +203,6 @@ TEST_P(CommandWithArguments, WithTooFewFieldsAnswersMinusEightAndCallsNothing)
 
 // --- Requests ------------------------------------------------------------------------------------
 
-TEST_F(Commands, AFieldThatIsNotANumberReadsAsZero)
-{
-    platform.answer("Buzzer.SetBuzzerMode", replyWith("i", 7));
-    for (const char* text : {"abc", "", "1x", "0x10", "1.0", "2147483648", "-2147483649",
-                             "99999999999999999999999999", "--1", "-0"}) {
-        EXPECT_EQ(request(std::string("setBuzzerMode;") + text), "0 7") << text;
-        EXPECT_EQ(platform.takeCalls(), std::vector{buzzer + "SetBuzzerMode(i) 0"}) << text;
-    }
-}
-
-TEST_F(Commands, TheWholeRangeOfIntIsPassedOn)
-{
-    platform.answer("Buzzer.SetBuzzerMode", replyWith("i", 0));
-    for (const char* text : {"2147483647", "-2147483648"}) {
-        EXPECT_EQ(request(std::string("setBuzzerMode;") + text), "0 0");
-        EXPECT_EQ(platform.takeCalls(), std::vector{buzzer + "SetBuzzerMode(i) " + text});
-    }
-}
-
 TEST_F(Commands, AWordThatIsNotExactlyACommandAnswersMinusEight)
 {
     for (const char* text : {"", ";", "GETBRIGHTNESS", "getbrightness", " getBrightness",
@@ -231,39 +212,6 @@ TEST_F(Commands, AWordThatIsNotExactlyACommandAnswersMinusEight)
     EXPECT_TRUE(platform.takeCalls().empty());
     EXPECT_EQ(newLog(), "");
     EXPECT_TRUE(panel->server.process().running());
-}
-
-TEST_F(Commands, AClientMayPipelineAndIsAnsweredInOrder)
-{
-    platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
-    platform.answer("Backlight.getBrightness", replyWith("i", 75));
-    for (int i = 0; i < 10; ++i) {
-        client.send("getBuzzerMode");
-        client.send("unknown");
-        client.send("getBrightness");
-    }
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_EQ(client.receive(), "0 2");
-        EXPECT_EQ(client.receive(), "-8");
-        EXPECT_EQ(client.receive(), "0 75");
-    }
-}
-
-TEST_F(Commands, ARequestEndsAtItsFirstNul)
-{
-    platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
-    client.sendBytes(std::string("getBuzzerMode\0;more\0", 20));
-    EXPECT_EQ(client.receive(), "0 2");
-}
-
-TEST_F(Commands, ARequestWithoutNulRunsOnIntoAnEarlierLongerOne)
-{
-    platform.answer("Buzzer.SetBuzzerMode", replyWith("i", 0));
-    ASSERT_EQ(request("setBuzzerMode;12"), "0 0");
-    platform.takeCalls();
-    client.sendBytes("setBuzzerMode;3");
-    EXPECT_EQ(client.receive(), "0 0");
-    EXPECT_EQ(platform.takeCalls(), std::vector{buzzer + "SetBuzzerMode(i) 32"});
 }
 
 // --- Responses -----------------------------------------------------------------------------------
