@@ -1,6 +1,6 @@
 // Clients that misbehave, leave early or come in crowds, and a server that is killed.
 
-#include "tests/support/fault_fixture.h"
+#include "tests/support/client_fault_fixture.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -55,7 +55,7 @@ bool hearsNothing(const Client& client)
 
 // --- Clients that leave --------------------------------------------------------------------------
 
-TEST_F(Fault, TenThousandClientsAreGoneBeforeTheirAnswer)
+TEST_F(ClientFault, TenThousandClientsAreGoneBeforeTheirAnswer)
 {
     constexpr int batches = 500;
     constexpr int batch = 20;
@@ -76,7 +76,7 @@ TEST_F(Fault, TenThousandClientsAreGoneBeforeTheirAnswer)
     EXPECT_EQ(count(server.process().errors(), line) - linesBefore, batches * batch);
 }
 
-TEST_F(Fault, TenThousandClientsInTurnAreAllServed)
+TEST_F(ClientFault, TenThousandClientsInTurnAreAllServed)
 {
     constexpr int all = 10000;
     // The next clients wait in the queue already, so that none costs more than the server's idle
@@ -93,7 +93,7 @@ TEST_F(Fault, TenThousandClientsInTurnAreAllServed)
     EXPECT_EQ(platform.takeCalls(), callsOf(0, all));
 }
 
-TEST_F(Fault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
+TEST_F(ClientFault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
 {
     Client client(serverSocket);
     for (int i = 0; i < 3; ++i)
@@ -110,7 +110,7 @@ TEST_F(Fault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
     EXPECT_EQ(client.receive(0ms), "(connection closed)");
 }
 
-TEST_F(Fault, AMessageOfNoBytesMakesItsSenderForgotten)
+TEST_F(ClientFault, AMessageOfNoBytesMakesItsSenderForgotten)
 {
     Client client(serverSocket);
     EXPECT_EQ(client.request(numbered(1)), answerOf(1));
@@ -129,7 +129,7 @@ TEST_F(Fault, AMessageOfNoBytesMakesItsSenderForgotten)
 
 // --- Clients that keep others waiting ------------------------------------------------------------
 
-TEST_F(Fault, WhileAClientSaysNothingOthersWait)
+TEST_F(ClientFault, WhileAClientSaysNothingOthersWait)
 {
     auto silent = std::make_unique<Client>(serverSocket);
     Client second(serverSocket);
@@ -163,7 +163,7 @@ int connectWithoutWaiting()
     return error;
 }
 
-TEST_F(Fault, AFullQueueIsServedInTheOrderOfConnectingAndALaterClientAfterIt)
+TEST_F(ClientFault, AFullQueueIsServedInTheOrderOfConnectingAndALaterClientAfterIt)
 {
     auto served = std::make_unique<Client>(serverSocket);
     ASSERT_EQ(served->request(numbered(0)), answerOf(0));
@@ -195,7 +195,7 @@ int unreadBytes(const Client& client)
     return bytes;
 }
 
-TEST_F(Fault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies)
+TEST_F(ClientFault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies)
 {
     const std::string line = "OVIK_SERVER: write: ";
     const int linesBefore = count(server.process().errors(), line);
@@ -218,7 +218,7 @@ TEST_F(Fault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies)
         return millisecondsSince(moved) > 1000;
     }));
     const int answered = unread / static_cast<int>(strlen(goodAnswer) + 1);
-    figure("unread answers that find room", std::to_string(answered));
+    figure("unread answers that find room: " + std::to_string(answered));
     // One more was carried out, and its answer is what the server waits with.
     EXPECT_LT(answered + 1, sent);
     EXPECT_EQ(platform.takeCalls().size(), answered + 1u);
@@ -250,13 +250,13 @@ void pipeline(int requests, const std::function<std::string(int)>& request,
     EXPECT_TRUE(sender.get());
 }
 
-TEST_F(Fault, AThousandPipelinedRequestsAreAnsweredEachInItsPlace)
+TEST_F(ClientFault, AThousandPipelinedRequestsAreAnsweredEachInItsPlace)
 {
     pipeline(1000, numbered, answerOf);
     EXPECT_EQ(platform.takeCalls(), callsOf(0, 1000));
 }
 
-TEST_F(Fault, TenThousandSeparatorsAreRefusedOneByOne)
+TEST_F(ClientFault, TenThousandSeparatorsAreRefusedOneByOne)
 {
     pipeline(
         10000, [](int) { return ";"; }, [](int) { return "-8"; });
@@ -283,7 +283,7 @@ bool sendWithDescriptors(const Client& client, std::string text, const std::vect
     return sendmsg(client.fd(), &message, MSG_NOSIGNAL) > 0;
 }
 
-TEST_F(Fault, DescriptorsPassedAlongAreNotKept)
+TEST_F(ClientFault, DescriptorsPassedAlongAreNotKept)
 {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
@@ -321,7 +321,7 @@ double timeToAGoodAnswer(Clock::time_point start)
     return millisecondsSince(start);
 }
 
-TEST_F(Fault, AFirstRequestWithoutNulEndsAtItsLastByte)
+TEST_F(ClientFault, AFirstRequestWithoutNulEndsAtItsLastByte)
 {
     ASSERT_NO_FATAL_FAILURE(killServer(server));
     server.start();
@@ -336,7 +336,7 @@ TEST_F(Fault, AFirstRequestWithoutNulEndsAtItsLastByte)
 // On a loaded machine a single measurement tells nothing about the program, so the best of a few
 // counts.
 
-TEST_F(Fault, KilledAndStartedAgainItServesWithinASecond)
+TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
 {
     double best = 1e9;
     for (int i = 0; i < 5; ++i) {
@@ -347,11 +347,11 @@ TEST_F(Fault, KilledAndStartedAgainItServesWithinASecond)
         EXPECT_EQ(server.process().output(), "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
                                              "unlink returned 0\n");
     }
-    figure("milliseconds from the start to a good answer", std::to_string(best));
+    figure("milliseconds from the start to a good answer: " + std::to_string(best));
     EXPECT_LE(best, 1000);
 }
 
-TEST_F(Fault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThat)
+TEST_F(ClientFault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThat)
 {
     // The platform comes right after the server has looked for it: it looks again in a second.
     constexpr double period = 1000;
@@ -369,7 +369,7 @@ TEST_F(Fault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThat)
         if (i == 0)
             remember(); // a server that had to wait keeps its first connection to the bus
     }
-    figure("milliseconds from the platform's coming to a good answer", std::to_string(best));
+    figure("milliseconds from the platform's coming to a good answer: " + std::to_string(best));
     EXPECT_LE(best, period + adoption);
 }
 } // namespace

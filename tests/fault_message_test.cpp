@@ -1,7 +1,7 @@
 // Messages that no good client sends: what the server reads of them, hands to the platform and
 // answers.
 
-#include "tests/support/fault_fixture.h"
+#include "tests/support/client_fault_fixture.h"
 
 namespace
 {
@@ -135,7 +135,7 @@ const std::vector<Row> rows = {
 };
 // clang-format on
 
-class Message : public Fault, public testing::WithParamInterface<Row>
+class Message : public ClientFault, public testing::WithParamInterface<Row>
 {
 };
 
@@ -168,7 +168,7 @@ TEST_P(Message, IsReadAndAnsweredAsTheTableSays)
 }
 
 // The fake platform's own reader refuses these, so the simulated panel is asked.
-TEST_F(Fault, ANoncharacterIsPassedOnAsItIs)
+TEST_F(ClientFault, ANoncharacterIsPassedOnAsItIs)
 {
     platform.releaseName();
     Process panel({OVIK_PANEL_SIM_PATH});

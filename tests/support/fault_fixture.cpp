@@ -3,72 +3,96 @@
 #include <iostream>
 #include <sstream>
 
-namespace
+FaultPanel::FaultPanel()
 {
-/// Makes the server do everything once that it does lazily, or that makes its heaps grow.
-void warmUp()
-{
-    {
-        Client client(serverSocket);
-        const std::string longText(4900, 'x');
-        for (const std::string& request :
-             {std::string(goodRequest), "setVolatileParameter;k;" + longText,
-              std::string("setBuzzerMode;1"), std::string(4999, ';'),
-              std::string("a call that fails"), std::string("getSysCounter")})
-            client.request(request);
-    }
-    Client(serverSocket).send(goodRequest); // gone before its answer
-    // The last message leaves the server's receive buffer as empty as it was at the start.
-    Client client(serverSocket);
-    client.sendBytes(std::string(5000, '\0'));
-    client.receive();
-}
-} // namespace
-
-Fault::Fault()
-{
-    platform.answer("Backlight.getBrightness", replyWith("i", 75));
-    platform.answer("OVIK.setVolatileParameter", replyWith("i", 7));
-    platform.answer("Buzzer.SetBuzzerMode", replyEcho());
+    startPlatform();
+    if (!server.waitForPlatform())
+        throw std::runtime_error("the server does not find its platform");
 }
 
-void Fault::SetUp()
+void FaultPanel::startPlatform()
 {
-    ASSERT_TRUE(server.waitForPlatform());
-    remember();
+    platform = std::make_unique<FakePlatform>();
+    answerCommands(*platform);
 }
 
-void Fault::TearDown()
+std::vector<std::string> answersTo(Client& client, const std::vector<std::string>& requests)
 {
-    ASSERT_TRUE(server.process().running()) << server.process().errors();
-    EXPECT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
+    for (const std::string& request : requests)
+        EXPECT_TRUE(client.send(request)) << request;
+    std::vector<std::string> answers;
+    for (size_t i = 0; i < requests.size(); ++i)
+        answers.push_back(client.receive());
+    return answers;
+}
+
+void expectEveryCommandWorks(Client& client)
+{
+    std::vector<std::string> requests;
+    for (const CommandRow& row : commandRows())
+        requests.push_back(row.request());
+    const std::vector<std::string> answers = answersTo(client, requests);
+    for (size_t i = 0; i < answers.size(); ++i)
+        EXPECT_EQ(answers[i], commandRows()[i].response) << requests[i];
+}
+
+void figure(const std::string& text)
+{
+    const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
+    std::cout << "[figure] " << test->test_suite_name() << '.' << test->name() << ": " << text
+              << std::endl;
+}
+
+void expectNothingLeftBehind(pid_t pid, const Footprint& before, long memorySlack)
+{
     Footprint now;
-    EXPECT_TRUE(waitUntil([&] {
-        now = footprintOf(server.process().pid());
-        return isBackAt(m_before, now, memorySlack);
-    })) << "before: "
-        << m_before << "\nnow: " << now;
+    const bool isBack = waitUntil(
+        [&] {
+            now = footprintOf(pid);
+            return isBackAt(before, now, memorySlack);
+        },
+        5s);
+    EXPECT_TRUE(isBack) << "before: " << before << "\nnow: " << now;
+
     std::ostringstream text;
-    text << m_before << " -> " << now;
-    figure("footprint", text.str());
+    text << std::showpos << now.descriptors - before.descriptors << " descriptors, "
+         << now.threads - before.threads << " threads, " << now.memory - before.memory << " KiB";
+    figure(text.str());
 }
 
-void Fault::remember()
+std::unique_ptr<FaultPanel> FaultTest::panel;
+
+void FaultTest::SetUpTestSuite()
 {
-    warmUp();
-    m_before = footprintOf(server.process().pid());
-    platform.takeCalls();
+    panel = std::make_unique<FaultPanel>();
+    Client client(serverSocket);
+    for (int i = 0; i < 20; ++i)
+        expectEveryCommandWorks(client);
 }
 
-void Fault::useUpDescriptors()
+void FaultTest::TearDownTestSuite() { panel.reset(); }
+
+void FaultTest::SetUp()
 {
-    for (int i = 0; i < descriptorLimit; ++i)
-        ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer) << i;
+    client = std::make_unique<Client>(serverSocket);
+    expectEveryCommandWorks(*client);
+    panel->platform->takeCalls();
+    newLog();
+    m_before = footprintOf(panel->server.process().pid());
 }
 
-void Fault::figure(const std::string& what, const std::string& value)
+void FaultTest::TearDown()
 {
-    std::cout << "[figure] " << testing::UnitTest::GetInstance()->current_test_info()->name()
-              << ": " << what << ": " << value << '\n';
-    RecordProperty(what, value);
+    ASSERT_TRUE(panel->server.process().running());
+    answerCommands(*panel->platform);
+    expectEveryCommandWorks(*client);
+    expectNothingLeftBehind(panel->server.process().pid(), m_before, memorySlack);
+}
+
+void FaultTest::repeat(int times, const std::function<void()>& fault)
+{
+    fault();
+    m_before = footprintOf(panel->server.process().pid());
+    for (int i = 1; i < times && !HasFailure(); ++i)
+        fault();
 }
