@@ -34,6 +34,9 @@ size_t endOfType(const std::string& signature, size_t start)
 
 bool isSignature(const std::string& signature)
 {
+    constexpr size_t longest = 255; // of the values of one message
+    if (signature.size() > longest)
+        return false;
     size_t end = 0;
     while (end < signature.size()) {
         end = endOfType(signature, end);
