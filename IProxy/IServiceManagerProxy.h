@@ -30,8 +30,8 @@ public Q_SLOTS:
 
     /**
      * Starts a command whose outcome the platform reports later. @p fnCallback, a function taking
-     * three char* (service, command, result text), is kept and replaces the one of any earlier
-     * command; see onCommandResult().
+     * three const char* (service, command, result text), is kept and replaces the one of any
+     * earlier command; see onCommandResult().
      */
     virtual status_t command(const QString& service, const QString& command, const QString& opts,
                              void* fnCallback, int& resp) = 0;

@@ -27,8 +27,6 @@ void ServiceManagerProxyDbus::onCommandResult(const QString& service, const QStr
 {
     if (!fnWifiInterfaceCallback)
         return;
-    QByteArray serviceText = service.toLatin1();
-    QByteArray commandText = command.toLatin1();
-    QByteArray jsonText = json.toLatin1();
-    fnWifiInterfaceCallback(serviceText.data(), commandText.data(), jsonText.data());
+    fnWifiInterfaceCallback(service.toLatin1().constData(), command.toLatin1().constData(),
+                            json.toLatin1().constData());
 }

@@ -58,5 +58,6 @@ public Q_SLOTS:
 
 private:
     /// Of the latest command, for the results of every command; not owned.
-    void (*fnWifiInterfaceCallback)(char* service, char* command, char* json) = nullptr;
+    void (*fnWifiInterfaceCallback)(const char* service, const char* command,
+                                    const char* json) = nullptr;
 };

@@ -462,15 +462,18 @@ TEST_F(DbusBackend, AnEepromReadHandsOverTheResultAndTheBytes)
 
 std::vector<Texts> firstResults;
 std::vector<Texts> secondResults;
-void first(char* service, char* command, char* json)
+void first(const char* service, const char* command, const char* json)
 {
     firstResults.push_back({service, command, json});
 }
-void second(char* service, char* command, char* json)
+void second(const char* service, const char* command, const char* json)
 {
     secondResults.push_back({service, command, json});
 }
-void* pointer(void (*callback)(char*, char*, char*)) { return reinterpret_cast<void*>(callback); }
+void* pointer(void (*callback)(const char*, const char*, const char*))
+{
+    return reinterpret_cast<void*>(callback);
+}
 
 TEST_F(DbusBackend, ResultsGoToTheLatestCommandsCallbackOnly)
 {

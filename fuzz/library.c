@@ -1,0 +1,6 @@
+/* The platform library as a file. Its objects are in the fuzzer, where the input is. */
+
+struct QObject;
+struct QObject* ovikFuzzInstance(const char* name);
+
+struct QObject* OvikPluginFactory_getInstance(const char* name) { return ovikFuzzInstance(name); }

@@ -1,0 +1,87 @@
+#!/bin/bash
+# Fuzzes: scripts/fuzz.sh SECONDS [TARGET...], each target for so long, all of them if none is named.
+# Installs what is missing on Debian. What the fuzzers have learnt stays in build-fuzz/fuzz/ and is
+# where the next run starts. Exit status 1 when something was found.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+. scripts/setup.sh
+exec </dev/null
+
+seconds=${1:-}
+[[ $seconds =~ ^[1-9][0-9]*$ ]] || die "usage: $0 SECONDS [TARGET...]"
+shift
+targets=("$@")
+[ $# -gt 0 ] || targets=(fuzz_request fuzz_bridge fuzz_replies)
+
+place=build-fuzz/fuzz
+sockets=$(mktemp -d)
+trap 'rm -rf "$sockets"' EXIT
+export TMPDIR=$sockets
+export ASAN_OPTIONS=strict_string_checks=1:detect_leaks=1
+export UBSAN_OPTIONS=print_stacktrace=1
+
+# fuzz TARGET: its exit status says whether something was found.
+fuzz() {
+    local target=$1
+    local options=(-max_total_time="$seconds" -timeout=25 -rss_limit_mb=2048
+        -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="$place/$target/findings/")
+    local corpora=("$place/$target/corpus")
+    # Requests are what the first two are fed with, and the longest is longer than the buffer.
+    if [ "$target" = fuzz_replies ]; then
+        options+=(-max_len=256 -len_control=0)
+    else
+        options+=(-max_len=8192 -dict="$place/requests.dict")
+        corpora+=("$place/seeds")
+    fi
+    # Looking for leaks after each input wants a program that does one thing at a time; the others
+    # are looked through at their end.
+    [ "$target" = fuzz_request ] || options+=(-detect_leaks=0)
+    mkdir -p "$place/$target"/{corpus,findings}
+    "build-fuzz/bin/$target" "${options[@]}" "${corpora[@]}" >"$place/$target/log" 2>&1
+}
+
+# last PATTERN TARGET: what the pattern's \(\) matched last in the target's log, or "-".
+last() {
+    local found
+    found=$(sed -n "s%.*$1.*%\1%p" "$place/$2/log" | tail -n 1)
+    echo "${found:--}"
+}
+
+# report TARGET STATUS: one line.
+report() {
+    local target=$1 artifact
+    printf '%s: %s executions, %s/s, coverage %s (%s features), corpus %s, ' "$target" \
+        "$(last 'number_of_executed_units: \([0-9]*\)' "$target")" \
+        "$(last 'average_exec_per_sec: *\([0-9]*\)' "$target")" \
+        "$(last ' cov: \([0-9]*\) ' "$target")" "$(last ' ft: \([0-9]*\) ' "$target")" \
+        "$(last ' corp: \([0-9]*\)/' "$target")"
+    if [ "$2" -eq 0 ]; then
+        echo "no findings"
+        return
+    fi
+    artifact=$(last 'Test unit written to \([^ ]*\)' "$target")
+    echo "FOUND, see $place/$target/log; again: build-fuzz/bin/$target $artifact"
+}
+
+ensure_build_packages
+ensure_packages clang libclang-rt-14-dev llvm # the last names the functions in a finding
+build fuzz "${targets[@]}" fuzz_seeds
+
+say "fuzzing ${targets[*]}, $seconds s each, $(nproc) at a time"
+pids=()
+for target in "${targets[@]}"; do
+    while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do
+        sleep 1
+    done
+    fuzz "$target" &
+    pids+=("$!")
+done
+
+found=0
+for i in "${!targets[@]}"; do
+    status=0
+    wait "${pids[i]}" || status=$?
+    [ "$status" -eq 0 ] || found=1
+    report "${targets[i]}" "$status"
+done
+exit "$found"
