@@ -68,6 +68,7 @@ become_system() {
         mount --bind "/dev/$device" "$root/dev/$device"
     done
     mkdir "$root/dev/shm"
+    ln -s pts/ptmx "$root/dev/ptmx"
     cd "$root"
     pivot_root . media
     umount -l /media
@@ -82,7 +83,7 @@ within() {
 boot_root() {
     unshare --mount --pid --fork --uts --ipc --cgroup --kill-child \
         bash -c "$(declare -f become_system)"'; become_system "$@"' - \
-        "$root" "$PWD/dist" "$cache/archives" </dev/null >"$root.log" 2>&1 &
+        "$root" "$PWD/dist" "$cache/archives" </dev/null >"$root.console" 2>&1 &
     unshare=$!
     # A process's first child, once it is there and has become systemd.
     await is_booting || give_up "the system does not start"
@@ -90,12 +91,12 @@ boot_root() {
 }
 is_booting() {
     init=$(cat "/proc/$unshare/task/$unshare/children" 2>/dev/null) && init=${init%% *} &&
-        [ -n "$init" ] && [ "$(cat "/proc/$init/comm")" = systemd ]
+        [ -n "$init" ] && [ "$(cat "/proc/$init/comm" 2>/dev/null)" = systemd ]
 }
 # Some of its units may fail, as this is no machine of its own.
 booted() { within systemctl is-system-running 2>/dev/null | grep -q -e running -e degraded; }
 give_up() {
-    cat "$root.log"
+    cat "$root.console"
     die "$1"
 }
 
@@ -104,7 +105,7 @@ root=''
 clean_up() {
     [ -z "$unshare" ] || kill -KILL "$unshare" 2>/dev/null || true
     [ -z "$unshare" ] || wait "$unshare" 2>/dev/null || true
-    [ -z "$root" ] || rm -rf "$root" "$root.log"
+    [ -z "$root" ] || rm -rf "$root" "$root.log" "$root.console"
 }
 trap clean_up EXIT
 trap 'exit 130' INT
@@ -117,6 +118,7 @@ await() {
     until "$@"; do
         [ $SECONDS -le $deadline ] || return 1
         sleep 0.2
+        : >"$root.log" # of interest is what the last trial said
     done
 }
 
@@ -124,10 +126,11 @@ await() {
 check() {
     local what=$1
     shift
-    "$@" >"$root.log" 2>&1 || {
+    : >"$root.log"
+    "$@" >>"$root.log" 2>&1 || {
         printf 'FAILED: %s: %s\n' "$situation" "$what"
         sed 's/^/    /' "$root.log"
-        within systemctl --no-pager status ovik_server panel 2>&1 | sed 's/^/    /' || true
+        within systemctl --no-pager status ovik_server 2>&1 | sed 's/^/    /' || true
         failures=$((failures + 1))
     }
 }
@@ -146,7 +149,10 @@ may() {
     [ "$status" -eq "$3" ]
 }
 
-lintian_is_quiet() { [ -z "$(lintian --allow-root --pedantic dist/*.deb 2>&1 | tee "$root.log")" ]; }
+nothing_runs() { ! within sh -c 'grep ovik /proc/[0-9]*/comm'; }
+nothing_is_left() { ! within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print | grep .; }
+
+lintian_is_quiet() { ! lintian --allow-root --pedantic dist/*.deb 2>&1 | grep .; }
 
 packages_are_made() {
     check "nothing to remark" lintian_is_quiet
@@ -161,8 +167,7 @@ installed() {
     check "is enabled" is enabled enabled
     check "runs" is active active
     check "answers that there is no platform" await answers getBrightness -1
-    check "runs as what was installed" test "$(within readlink "/proc/$(main_pid)/exe")" = \
-        /usr/sbin/ovik_server
+    check "runs what was installed" within test "/proc/$(main_pid)/exe" -ef /usr/sbin/ovik_server
     for page in man8/ovik_server.8 man1/ovik_request.1 man1/ovik_panel_sim.1; do
         check "has the page $page" within test -s "/usr/share/man/$page.gz"
     done
@@ -190,7 +195,7 @@ END
 killed() {
     local before
     before=$(main_pid)
-    within kill -KILL "$before"
+    within systemctl kill --signal=KILL ovik_server
     check "starts again" await is_another_than "$before"
     check "answers" await answers getBrightness '0 [0-9]*'
 }
@@ -247,8 +252,8 @@ removed() {
     within systemctl start ovik_server
     within systemctl stop panel
     check "are removed" within apt-get purge --yes 'ovik-*'
-    check "nothing of them runs" test -z "$(within grep -l ovik /proc/[0-9]*/comm 2>/dev/null)"
-    check "no file is left" test -z "$(within find / -xdev -iname '*ovik*' | tee /dev/stderr)"
+    check "nothing of them runs" nothing_runs
+    check "no file is left" nothing_is_left
     check "no socket is left" no_socket
 }
 
