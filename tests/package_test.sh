@@ -136,7 +136,7 @@ check() {
 }
 
 # answers REQUEST PATTERN: the response matches.
-answers() { within timeout 30 ovik_request "$1" | grep -x -e "$1 -> $2"; }
+answers() { { within timeout 30 ovik_request "$1" || true; } | grep -x -e "$1 -> $2"; }
 is() { [ "$(within systemctl "is-$1" ovik_server)" = "$2" ]; }
 has_property() { within systemctl show --property="$1" --value ovik_server | grep -qx -e "$2"; }
 main_pid() { within systemctl show --property=MainPID --value ovik_server; }
