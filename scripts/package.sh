@@ -43,7 +43,7 @@ build "$preset"
 [ "$preset" != package-armhf ] || record_sysroot
 
 say "packaging into dist"
-# Each by its own architecture, so that those of another are left.
+# Packages of another architecture stay.
 quietly cpack --config "$build_dir/CPackConfig.cmake" -B "$build_dir/packages" ||
     die "cannot package, see above"
 mkdir -p dist
