@@ -6,9 +6,11 @@ if(OVIK_HARDENING)
     check_pie_supported()
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     add_compile_options(-fstack-protector-strong)
-    # Of no use, and a warning, where nothing is optimised. An SDK may set a level of its own.
-    set(optimised $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
-    add_compile_options($<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
+    # Of no use, and a warning, where nothing is optimised. An SDK may have a level of its own.
+    if(NOT "${CMAKE_C_FLAGS} ${CMAKE_CXX_FLAGS}" MATCHES _FORTIFY_SOURCE)
+        set(optimised $<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:MinSizeRel>>)
+        add_compile_options($<${optimised}:-D_FORTIFY_SOURCE=2>)
+    endif()
     add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
 endif()
 

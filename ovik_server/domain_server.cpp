@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -39,6 +40,16 @@ bool setNonBlocking(int sock)
     }
     return true;
 }
+
+/// True when a descriptor that was just given leaves the rest of the process few to open: a search
+/// for the platform takes some at each try, whoever is connected meanwhile.
+bool areFewLeftAbove(int descriptor)
+{
+    constexpr rlim_t few = 16;
+    rlimit limit = {};
+    return descriptor != -1 && getrlimit(RLIMIT_NOFILE, &limit) == 0 &&
+           static_cast<rlim_t>(descriptor) + few >= limit.rlim_cur;
+}
 } // namespace
 
 DomainServer::~DomainServer()
@@ -71,12 +82,19 @@ bool DomainServer::accept()
 {
     m_dataSock = ::accept(m_listenSock, nullptr, nullptr);
     if (m_dataSock == -1 && (errno == EMFILE || errno == ENFILE) && !m_forgotten.empty()) {
-        for (const int sock : m_forgotten)
-            close(sock);
-        m_forgotten.clear();
+        closeForgotten();
         m_dataSock = ::accept(m_listenSock, nullptr, nullptr);
+    } else if (areFewLeftAbove(m_dataSock)) {
+        closeForgotten();
     }
     return m_dataSock != -1;
+}
+
+void DomainServer::closeForgotten()
+{
+    for (const int sock : m_forgotten)
+        close(sock);
+    m_forgotten.clear();
 }
 
 bool DomainServer::process()
@@ -91,7 +109,7 @@ bool DomainServer::process()
         return false;
     }
     if (received == 0) {
-        // The descriptor stays open on purpose; accept() closes it when descriptors run out.
+        // The descriptor stays open on purpose; accept() closes it when descriptors get scarce.
         m_forgotten.push_back(m_dataSock);
         m_dataSock = -1;
         return false;

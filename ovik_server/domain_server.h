@@ -53,6 +53,7 @@ public:
 
 private:
     bool accept();
+    void closeForgotten();
 
     int m_listenSock = -1;
     int m_dataSock = -1;

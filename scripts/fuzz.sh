@@ -47,7 +47,10 @@ last() {
     echo "${found:--}"
 }
 
-# report TARGET STATUS: one line.
+# is_enough TARGET: ten executions a second are a tenth of what a busy machine does.
+is_enough() { [ "$(last 'number_of_executed_units: \([0-9]*\)' "$1")" -ge $((10 * seconds)) ]; }
+
+# report TARGET STATUS: one line; its exit status says whether all is well.
 report() {
     local target=$1 artifact
     printf '%s: %s executions, %s/s, coverage %s (%s features), corpus %s, ' "$target" \
@@ -55,12 +58,16 @@ report() {
         "$(last 'average_exec_per_sec: *\([0-9]*\)' "$target")" \
         "$(last ' cov: \([0-9]*\) ' "$target")" "$(last ' ft: \([0-9]*\) ' "$target")" \
         "$(last ' corp: \([0-9]*\)/' "$target")"
-    if [ "$2" -eq 0 ]; then
+    if [ "$2" -eq 0 ] && is_enough "$target"; then
         echo "no findings"
         return
+    elif [ "$2" -eq 0 ]; then
+        echo "TOO FEW to have found anything"
+        return 1
     fi
     artifact=$(last 'Test unit written to \([^ ]*\)' "$target")
     echo "FOUND, see $place/$target/log; again: build-fuzz/bin/$target $artifact"
+    return 1
 }
 
 ensure_build_packages
@@ -81,7 +88,6 @@ found=0
 for i in "${!targets[@]}"; do
     status=0
     wait "${pids[i]}" || status=$?
-    [ "$status" -eq 0 ] || found=1
-    report "${targets[i]}" "$status"
+    report "${targets[i]}" "$status" || found=1
 done
 exit "$found"

@@ -42,4 +42,4 @@ for program; do
     refuse "$program" "hides its own symbols" "$dir/visible" \
         '^(_Z([^NS]|N[^S]|NK[^S])|main$|ovik_|logOVIK|onCommandResult)'
 done
-[ "$failures" -eq 0 ] && echo "$# programs are hardened"
+[ "$failures" -eq 0 ] && echo "all hardened: $*"
