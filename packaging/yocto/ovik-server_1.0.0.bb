@@ -1,0 +1,37 @@
+# An example, not built by this project: see README.md beside it.
+SUMMARY = "Operator panel facilities behind a local socket"
+DESCRIPTION = "Answers short text requests over a Unix-domain socket by asking the panel's D-Bus service."
+SECTION = "misc"
+
+# No licence has been stated for this software: settle it with its authors, and put it here together
+# with LIC_FILES_CHKSUM.
+LICENSE = "CLOSED"
+
+# Where your copy of the repository lies, and the commit to build.
+OVIK_SERVER_GIT ?= "git:///path/to/ovik_server.git;protocol=file;branch=main"
+SRC_URI = "${OVIK_SERVER_GIT}"
+SRCREV ?= "${AUTOREV}"
+S = "${WORKDIR}/git"
+
+# qtbase-native has the generators that run while building.
+DEPENDS = "qtbase qtbase-native"
+
+inherit cmake_qt5 systemd
+
+EXTRA_OECMAKE += "-DOVIK_BUILD_TESTS=OFF -DOVIK_BUILD_PANEL_SIM=OFF"
+
+# The unit goes below the prefix; systemd.bbclass looks for it where the distribution keeps its own.
+do_install:append() {
+    if [ "${prefix}/lib/systemd/system" != "${systemd_system_unitdir}" ]; then
+        install -d ${D}${systemd_system_unitdir}
+        mv ${D}${prefix}/lib/systemd/system/ovik_server.service ${D}${systemd_system_unitdir}/
+        rmdir -p --ignore-fail-on-non-empty ${D}${prefix}/lib/systemd/system
+    fi
+}
+
+SYSTEMD_SERVICE:${PN} = "ovik_server.service"
+
+PACKAGES =+ "${PN}-tools ${PN}-interfaces"
+FILES:${PN}-tools = "${bindir}"
+FILES:${PN}-interfaces = "${datadir}/dbus-1/interfaces"
+RRECOMMENDS:${PN} = "dbus"

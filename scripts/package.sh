@@ -1,0 +1,51 @@
+#!/bin/bash
+# Makes the Debian packages: scripts/package.sh [PRESET], "package" for this machine if none is named,
+# "package-armhf" for an ARMv7 hard-float panel. They are put into dist/. Installs what is missing on
+# Debian.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
+. scripts/setup.sh
+
+preset=${1:-package}
+build_dir=build-$preset
+sysroot=$PWD/build-armhf/sysroot
+archives=build-armhf/apt/cache/archives
+
+# dpkg-shlibdeps asks dpkg which package a library is from. The sysroot is not this machine's, so it
+# is given the records of the packages that the sysroot was unpacked from, with the paths there.
+record_sysroot() {
+    local archive name
+    local records=$PWD/$build_dir/dpkg
+    rm -rf "$records"
+    mkdir -p "$records"/{info,control}
+    for archive in "$archives"/*.deb; do
+        dpkg-deb --control "$archive" "$records/control"
+        if [ -e "$records/control/shlibs" ]; then
+            name=$(dpkg-deb --field "$archive" Package)
+            cp "$records/control/shlibs" "$records/info/$name.shlibs"
+            [ ! -e "$records/control/symbols" ] ||
+                cp "$records/control/symbols" "$records/info/$name.symbols"
+            dpkg-deb --fsys-tarfile "$archive" | tar -t |
+                sed -e "s%^\.%$sysroot%" -e 's%/$%%' >"$records/info/$name.list"
+            printf '%s\nStatus: install ok installed\n\n' \
+                "$(dpkg-deb --field "$archive" Package Version Architecture Multi-Arch Maintainer \
+                    Description | grep -v '^ ')" >>"$records/status"
+        fi
+        rm -rf "$records/control"
+    done
+    export DPKG_ADMINDIR=$records DEB_HOST_ARCH=armhf
+}
+
+ensure_build_packages
+ensure_packages dpkg-dev file gzip scdoc
+[ "$preset" != package-armhf ] || scripts/armhf.sh --sysroot-only
+build "$preset"
+[ "$preset" != package-armhf ] || record_sysroot
+
+say "packaging into dist"
+# Packages of another architecture stay.
+quietly cpack --config "$build_dir/CPackConfig.cmake" -B "$build_dir/packages" ||
+    die "cannot package, see above"
+mkdir -p dist
+mv "$build_dir"/packages/*.deb dist/
+ls dist/*.deb

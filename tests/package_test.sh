@@ -1,0 +1,270 @@
+#!/bin/bash
+# package_test.sh SOURCE_DIR CACHE_DIR: makes the Debian packages, installs them into a clean Debian
+# with systemd and a system bus, runs the service there against the simulated panel, and removes
+# them. Needs root. Exit status 77: skipped. The clean Debian is kept in CACHE_DIR for the next time,
+# as are the packages that ours depend on.
+set -euo pipefail
+source_dir=$1
+cache=$2
+
+skip() {
+    echo "skipped: $*"
+    exit 77
+}
+[ "$(id -u)" -eq 0 ] || skip "only root can run a system in a folder"
+unshare --mount --pid --fork --uts --ipc --cgroup true || skip "no namespaces here"
+
+cd "$source_dir"
+# shellcheck source=scripts/setup.sh
+. scripts/setup.sh
+patience=60
+failures=0
+
+# --- A system of its own ---
+
+# The machine's sources of Debian packages: "URI RELEASE COMPONENT" in each line.
+sources() {
+    # shellcheck disable=SC2016 # apt's own variables
+    apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' "$@" | sort -u
+}
+
+make_clean_root() {
+    local release uri
+    release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+    uri=$(sources "Codename: $release" | cut -d ' ' -f 1 | head -n 1)
+    [ -n "$uri" ] || die "this machine has no Debian sources: run apt-get update"
+    say "making a clean Debian (once; some minutes)"
+    rm -rf "$cache/new"
+    mkdir -p "$cache/archives/partial"
+    quietly debootstrap --variant=minbase --include=systemd-sysv,dbus --cache-dir="$cache/archives" \
+        "$release" "$cache/new" "$uri" || die "cannot make it, see above"
+    sources | sed 's/^/deb /' >"$cache/new/etc/apt/sources.list"
+    echo 'force-unsafe-io' >"$cache/new/etc/dpkg/dpkg.cfg.d/quick"
+    rm -f "$cache/new"/var/cache/apt/archives/*.deb
+    cp --dereference /etc/resolv.conf "$cache/new/etc/resolv.conf"
+    quietly chroot "$cache/new" apt-get update || die "cannot read the package lists, see above"
+    tar -C "$cache/new" -cf "$cache/root.tar.part" .
+    mv "$cache/root.tar.part" "$cache/root.tar"
+    rm -rf "$cache/new"
+}
+
+# become_system ROOT PACKAGES ARCHIVES: becomes systemd in that folder; in namespaces of its own.
+become_system() {
+    set -e
+    local root=$1 device
+    mount --make-rprivate /
+    mount --bind "$root" "$root"
+    mount --bind "$2" "$root/mnt"
+    mount --bind "$3" "$root/var/cache/apt/archives"
+    mount -t proc proc "$root/proc"
+    mount -t sysfs -o ro sysfs "$root/sys"
+    mount -t cgroup2 cgroup2 "$root/sys/fs/cgroup"
+    mount -t tmpfs -o mode=755 tmpfs "$root/run"
+    mount -t tmpfs -o mode=1777 tmpfs "$root/tmp"
+    mount -t tmpfs -o mode=755 tmpfs "$root/dev"
+    for device in null zero full random urandom tty; do
+        touch "$root/dev/$device"
+        mount --bind "/dev/$device" "$root/dev/$device"
+    done
+    mkdir "$root/dev/shm"
+    ln -s pts/ptmx "$root/dev/ptmx"
+    cd "$root"
+    pivot_root . media
+    umount -l /media
+    exec env -i container=test PATH=/usr/sbin:/usr/bin:/sbin:/bin /sbin/init
+}
+
+within() {
+    nsenter --target "$init" --all env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin \
+        DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"
+}
+
+boot_root() {
+    unshare --mount --pid --fork --uts --ipc --cgroup --kill-child \
+        bash -c "$(declare -f become_system)"'; become_system "$@"' - \
+        "$root" "$PWD/dist" "$cache/archives" </dev/null >"$root.console" 2>&1 &
+    unshare=$!
+    # A process's first child, once it is there and has become systemd.
+    await is_booting || give_up "the system does not start"
+    await booted || give_up "the system does not come up"
+}
+is_booting() {
+    init=$(cat "/proc/$unshare/task/$unshare/children" 2>/dev/null) && init=${init%% *} &&
+        [ -n "$init" ] && [ "$(cat "/proc/$init/comm" 2>/dev/null)" = systemd ]
+}
+# Some of its units may fail, as this is no machine of its own.
+booted() { within systemctl is-system-running 2>/dev/null | grep -q -e running -e degraded; }
+give_up() {
+    cat "$root.console"
+    die "$1"
+}
+
+unshare=''
+root=''
+clean_up() {
+    [ -z "$unshare" ] || kill -KILL "$unshare" 2>/dev/null || true
+    [ -z "$unshare" ] || wait "$unshare" 2>/dev/null || true
+    [ -z "$root" ] || rm -rf "$root" "$root.log" "$root.console"
+}
+trap clean_up EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
+# --- Checks ---
+
+await() {
+    local deadline=$((SECONDS + patience))
+    until "$@"; do
+        [ $SECONDS -le $deadline ] || return 1
+        sleep 0.2
+        : >"$root.log" # of interest is what the last trial said
+    done
+}
+
+# check WHAT COMMAND...: the command tells whether it is so.
+check() {
+    local what=$1
+    shift
+    : >"$root.log"
+    "$@" >>"$root.log" 2>&1 || {
+        printf 'FAILED: %s: %s\n' "$situation" "$what"
+        sed 's/^/    /' "$root.log"
+        within systemctl --no-pager status ovik_server 2>&1 | sed 's/^/    /' || true
+        failures=$((failures + 1))
+    }
+}
+
+# answers REQUEST PATTERN: the response matches.
+answers() { { within timeout 30 ovik_request "$1" || true; } | grep -x -e "$1 -> $2"; }
+is() { [ "$(within systemctl "is-$1" ovik_server)" = "$2" ]; }
+has_property() { within systemctl show --property="$1" --value ovik_server | grep -qx -e "$2"; }
+main_pid() { within systemctl show --property=MainPID --value ovik_server; }
+is_another_than() { [ "$(main_pid)" != 0 ] && [ "$(main_pid)" != "$1" ]; }
+no_socket() { ! within test -e /tmp/ovik_server.socket; }
+# By nobody, as a member of the group.
+asks_as() { within setpriv --reuid=nobody --regid="$1" --clear-groups ovik_request getBrightness; }
+is_refused() { { asks_as "$1" 2>&1 || true; } | grep "may not use"; }
+
+nothing_runs() { ! within sh -c 'grep ovik /proc/[0-9]*/comm'; }
+nothing_is_left() { ! within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print | grep .; }
+
+lintian_is_quiet() { ! lintian --allow-root --pedantic dist/*.deb 2>&1 | grep .; }
+
+packages_are_made() {
+    check "nothing to remark" lintian_is_quiet
+}
+
+installed() {
+    local packages
+    mapfile -t packages < <(cd dist && printf '/mnt/%s\n' ovik-*_"$(dpkg --print-architecture)".deb)
+    check "with what they depend on" within apt-get install --yes --no-install-recommends \
+        "${packages[@]}"
+    [ "$failures" -eq 0 ] || exit 1
+    check "is enabled" is enabled enabled
+    check "runs" is active active
+    check "answers that there is no platform" await answers getBrightness -1
+    check "runs what was installed" within test "/proc/$(main_pid)/exe" -ef /usr/sbin/ovik_server
+    for page in man8/ovik_server.8 man1/ovik_request.1 man1/ovik_panel_sim.1; do
+        check "has the page $page" within test -s "/usr/share/man/$page.gz"
+    done
+    check "has the bus interfaces" within test -s /usr/share/dbus-1/interfaces/com.wenu.OVIK.xml
+}
+
+# A platform brings the policy for its own name; the system starts it anew with the bus.
+the_platform_arrives() {
+    within tee /etc/dbus-1/system.d/panel.conf >/dev/null <<'END'
+<busconfig>
+  <policy user="root">
+    <allow own="com.wenu.OVIK"/>
+    <allow send_destination="com.wenu.OVIK"/>
+  </policy>
+</busconfig>
+END
+    check "the bus takes the policy" within systemctl reload dbus
+    check "starts" within systemd-run --quiet --unit=panel -p Restart=always -p RestartSec=1 \
+        -p StartLimitIntervalSec=0 ovik_panel_sim
+    check "is adopted" await answers getBrightness '0 [0-9]*'
+    check "does what it is told" answers 'saveBrightness;77' '0 [0-9]*'
+    check "and keeps it" answers getBrightness '0 77'
+}
+
+killed() {
+    local before
+    before=$(main_pid)
+    within systemctl kill --signal=KILL ovik_server
+    check "starts again" await is_another_than "$before"
+    check "answers" await answers getBrightness '0 [0-9]*'
+}
+
+the_bus_restarts() {
+    local before
+    before=$(main_pid)
+    check "restarts" within systemctl restart dbus
+    check "restarts with it" await is_another_than "$before"
+    check "reaches the platform on the new bus" await answers getBrightness '0 [0-9]*'
+}
+
+the_bus_stops_and_starts() {
+    check "stops" within systemctl stop dbus.socket dbus.service
+    check "stops with it" await is active inactive
+    check "without a failure" has_property Result success
+    check "starts" within systemctl start dbus.socket dbus.service
+    check "starts with it" await is active active
+    check "reaches the platform" await answers getBrightness '0 [0-9]*'
+}
+
+others_than_root() {
+    within systemctl restart ovik_server
+    check "are refused" await is_refused nogroup
+    within groupadd --system ovik
+    within mkdir /etc/systemd/system/ovik_server.service.d
+    within cp /usr/share/doc/ovik-server/examples/group-access.conf \
+        /etc/systemd/system/ovik_server.service.d/
+    within systemctl daemon-reload
+    check "with the drop-in, it starts" within systemctl restart ovik_server
+    check "a member of the group is served" await asks_as ovik
+    check "and others still are not" is_refused nogroup
+    within rm -r /etc/systemd/system/ovik_server.service.d
+    within groupdel ovik
+    within systemctl daemon-reload
+}
+
+quit_by_a_client() {
+    within systemctl restart ovik_server
+    check "answers" await answers quit 0
+    check "ends" await is active inactive
+    check "without a failure" has_property Result success
+    check "leaves no socket" no_socket
+}
+
+stopped() {
+    within systemctl start ovik_server
+    check "runs" await answers getBrightness '0 [0-9]*'
+    check "stops" within systemctl stop ovik_server
+    check "without a failure" has_property Result success
+    check "leaves no socket" no_socket
+}
+
+removed() {
+    within systemctl start ovik_server
+    within systemctl stop panel
+    check "are removed" within apt-get purge --yes 'ovik-*'
+    check "nothing of them runs" nothing_runs
+    check "no file is left" nothing_is_left
+    check "no socket is left" no_socket
+}
+
+ensure_packages debootstrap lintian
+scripts/package.sh >/dev/null
+mkdir -p "$cache/archives/partial"
+[ -e "$cache/root.tar" ] || make_clean_root
+root=$(mktemp -d "$cache/root.XXXXXX")
+tar -C "$root" -xf "$cache/root.tar"
+boot_root
+for situation in packages_are_made installed the_platform_arrives killed the_bus_restarts \
+    the_bus_stops_and_starts others_than_root quit_by_a_client stopped removed; do
+    printf '%s\n' "$situation"
+    "$situation"
+done
+[ "$failures" -eq 0 ]
