@@ -34,6 +34,9 @@ size_t endOfType(const std::string& signature, size_t start)
 
 bool isSignature(const std::string& signature)
 {
+    constexpr size_t longest = 255; // of the values of one message
+    if (signature.size() > longest)
+        return false;
     size_t end = 0;
     while (end < signature.size()) {
         end = endOfType(signature, end);
@@ -129,7 +132,7 @@ bool appendOne(FuzzedDataProvider& input, sd_bus_message* message, const std::st
         return sd_bus_message_append_basic(message, 'g', input.ConsumeBool() ? "a(ys)" : "") >= 0;
     case 'v': {
         const std::string inside = drawType(input, depth + 1);
-        return appendContainer(input, message, 'v', inside, 1, depth);
+        return appendContainer(input, message, 'v', isSignature(inside) ? inside : "i", 1, depth);
     }
     case '(':
         return appendContainer(input, message, 'r', type.substr(1, type.size() - 2), 1, depth);

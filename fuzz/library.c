@@ -3,4 +3,8 @@
 struct QObject;
 struct QObject* ovikFuzzInstance(const char* name);
 
-struct QObject* OvikPluginFactory_getInstance(const char* name) { return ovikFuzzInstance(name); }
+__attribute__((visibility("default"))) struct QObject*
+OvikPluginFactory_getInstance(const char* name)
+{
+    return ovikFuzzInstance(name);
+}

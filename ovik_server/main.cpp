@@ -28,7 +28,7 @@ bool start(OvikServer& server)
 int main()
 {
     setvbuf(stdout, nullptr, _IOLBF, 0); // a failure's line is out before its response
-    signal(SIGPIPE, SIG_IGN);            // a client gone before its answer is a failed write
+    signal(SIGPIPE, SIG_IGN);            // an output that nobody reads is a failed write
 
     OvikServer server;
     if (!start(server)) {

@@ -4,11 +4,13 @@
 #include "local_ovik/OVIKInterfaceLocal.h"
 #include "wrapper_ovik/ovik_c.h"
 
+#include "tests/support/footprint.h"
 #include "tests/support/qt_fixture.h"
 
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 namespace
 {
@@ -36,6 +38,23 @@ TEST(WithoutLibrary, InitFailsAndNamesWhatIsMissing)
                     "such file or directory"});
     EXPECT_EQ(takeDiagnostics(), Texts{"Failed loading OVIK plugin: "});
 #endif
+}
+
+TEST(WithoutLibrary, TriesAgainAndAgainLeaveNothingBehind)
+{
+    OVIKInterfaceLocal backend;
+    const auto tryOften = [&](int times) {
+        for (int i = 0; i < times; ++i) {
+            ASSERT_FALSE(backend.init());
+            takeWarnings();
+            takeDiagnostics();
+        }
+    };
+    tryOften(20);
+    const Footprint before = footprintOf(getpid());
+    tryOften(200);
+    const Footprint now = footprintOf(getpid());
+    EXPECT_TRUE(isBackAt(before, now, 96)) << "before: " << before << "\nnow: " << now;
 }
 
 TEST(WithoutLibrary, TheApplicationGoesOnWithoutABackend)

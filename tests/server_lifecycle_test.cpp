@@ -122,18 +122,6 @@ TEST(Lifecycle, TheProgramServesOnWhenItsOutputIsClosed)
     EXPECT_TRUE(server.process().running());
 }
 
-TEST(Lifecycle, AClientGoneBeforeItsAnswerDoesNoHarm)
-{
-    PrivateBus bus;
-    Server server;
-    for (int i = 0; i < 100; ++i) {
-        Client client(serverSocket);
-        client.send("getBrightness");
-    }
-    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "-1");
-    EXPECT_TRUE(server.process().running());
-}
-
 // --- The platform comes and goes -----------------------------------------------------------------
 
 TEST(Lifecycle, WithoutABusEveryRequestIsAnsweredMinusOne)

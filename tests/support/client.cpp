@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -13,6 +14,9 @@ namespace
 int tryConnect(const std::string& path)
 {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    // Connecting waits for room in the listen queue, sending for room in the buffer.
+    const timeval bound = {std::chrono::duration_cast<std::chrono::seconds>(patience).count(), 0};
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &bound, sizeof bound);
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);

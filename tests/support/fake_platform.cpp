@@ -350,11 +350,22 @@ bool FakePlatform::waitForCall(const std::string& text)
 void FakePlatform::emitCommandResult(const std::string& service, const std::string& command,
                                      const std::string& json)
 {
+    emitCommandResult([&](sd_bus_message* signal) {
+        check(sd_bus_message_append(signal, "sss", service.c_str(), command.c_str(), json.c_str()),
+              "append");
+    });
+}
+
+void FakePlatform::emitCommandResult(const std::function<void(sd_bus_message*)>& fill)
+{
     onThread([&] {
-        check(sd_bus_emit_signal(m_bus, "/ServiceManager", "com.wenu.OVIK.ServiceManager",
-                                 "commandResult", "sss", service.c_str(), command.c_str(),
-                                 json.c_str()),
-              "emit");
+        sd_bus_message* signal = nullptr;
+        check(sd_bus_message_new_signal(m_bus, &signal, "/ServiceManager",
+                                        "com.wenu.OVIK.ServiceManager", "commandResult"),
+              "signal");
+        fill(signal);
+        check(sd_bus_send(m_bus, signal, nullptr), "emit");
+        sd_bus_message_unref(signal);
         check(sd_bus_flush(m_bus), "flush");
     });
 }

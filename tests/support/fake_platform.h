@@ -23,6 +23,8 @@ Reply replyWith(const char* signature, Values... values)
         return sd_bus_reply_method_return(call, signature, values...);
     };
 }
+/// A reply of whatever @p fill appends to it.
+Reply replyFilledBy(std::function<void(sd_bus_message*)> fill);
 Reply replyText(const std::string& text);
 Reply replyBytes(const std::string& bytes);
 /// An EEPROM's reply: a result and bytes.
@@ -68,6 +70,8 @@ public:
 
     void emitCommandResult(const std::string& service, const std::string& command,
                            const std::string& json);
+    /// With whatever @p fill appends as its arguments.
+    void emitCommandResult(const std::function<void(sd_bus_message*)>& fill);
 
     void ownName();
     void releaseName();

@@ -71,6 +71,7 @@ Process::Process(const std::vector<std::string>& command,
     m_pid = fork();
     if (m_pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no child behind
+        ::signal(SIGPIPE, SIG_DFL);       // whatever this program was started with
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
         for (const std::string& variable : environment)

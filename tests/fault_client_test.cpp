@@ -1,0 +1,375 @@
+// Clients that misbehave, leave early or come in crowds, and a server that is killed.
+
+#include "tests/support/client_fault_fixture.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <future>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+/// A request that tells its number to the platform, which answers it.
+std::string numbered(int number) { return "setBuzzerMode;" + std::to_string(number); }
+std::string answerOf(int number) { return "0 " + std::to_string(number); }
+std::string callOf(int number)
+{
+    return "/Buzzer com.wenu.OVIK.Buzzer.SetBuzzerMode(i) " + std::to_string(number);
+}
+std::vector<std::string> callsOf(int first, int end)
+{
+    std::vector<std::string> calls;
+    for (int number = first; number < end; ++number)
+        calls.push_back(callOf(number));
+    return calls;
+}
+
+int count(const std::string& text, const std::string& part)
+{
+    int found = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++found;
+    return found;
+}
+
+/// True when there is neither an answer nor an end of the connection.
+bool hearsNothing(const Client& client)
+{
+    pollfd event = {client.fd(), POLLIN, 0};
+    return poll(&event, 1, 0) == 0;
+}
+
+// --- Clients that leave --------------------------------------------------------------------------
+
+TEST_F(ClientFault, TenThousandClientsAreGoneBeforeTheirAnswer)
+{
+    constexpr int batches = 500;
+    constexpr int batch = 20;
+    const std::string line = "OVIK_SERVER: write: Broken pipe\n";
+    const int linesBefore = count(server.process().errors(), line);
+    // One client keeps the server busy until those behind it have gone.
+    auto busy = std::make_unique<Client>(serverSocket);
+    ASSERT_EQ(busy->request(goodRequest), goodAnswer);
+    for (int i = 0; i < batches; ++i) {
+        for (int j = 0; j < batch; ++j)
+            ASSERT_TRUE(Client(serverSocket).send(goodRequest));
+        busy = std::make_unique<Client>(serverSocket);
+        ASSERT_EQ(busy->request(goodRequest), goodAnswer) << i;
+        server.process().errors(); // read on, as the server waits for room in a full pipe
+    }
+    // Each request was carried out, and only its answer came to nothing.
+    EXPECT_EQ(platform.takeCalls().size(), batches * (batch + 1) + 1u);
+    EXPECT_EQ(count(server.process().errors(), line) - linesBefore, batches * batch);
+}
+
+TEST_F(ClientFault, TenThousandClientsInTurnAreAllServed)
+{
+    constexpr int all = 10000;
+    // The next clients wait in the queue already, so that none costs more than the server's idle
+    // sleeps.
+    std::deque<std::unique_ptr<Client>> clients;
+    for (int served = 0, connected = 0; served < all; ++served) {
+        for (; clients.size() < 10 && connected < all; ++connected) {
+            clients.push_back(std::make_unique<Client>(serverSocket));
+            ASSERT_TRUE(clients.back()->send(numbered(connected)));
+        }
+        ASSERT_EQ(clients.front()->receive(), answerOf(served));
+        clients.pop_front();
+    }
+    EXPECT_EQ(platform.takeCalls(), callsOf(0, all));
+}
+
+TEST_F(ClientFault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
+{
+    Client client(serverSocket);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(client.send(numbered(i)));
+    ASSERT_EQ(shutdown(client.fd(), SHUT_WR), 0);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(client.receive(), answerOf(i));
+
+    // The next one is served at once. The server's end of a forgotten client stays open, so that
+    // one is told of no end, until the server needs the descriptor.
+    ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
+    EXPECT_TRUE(hearsNothing(client));
+    ASSERT_NO_FATAL_FAILURE(useUpDescriptors());
+    EXPECT_EQ(client.receive(0ms), "(connection closed)");
+}
+
+TEST_F(ClientFault, AMessageOfNoBytesMakesItsSenderForgotten)
+{
+    Client client(serverSocket);
+    EXPECT_EQ(client.request(numbered(1)), answerOf(1));
+    ASSERT_TRUE(client.sendBytes("")); // is received like the end of a connection
+
+    // Its later requests are sent, but never read.
+    ASSERT_TRUE(client.send(numbered(2)));
+    ASSERT_EQ(Client(serverSocket).request(numbered(3)), answerOf(3));
+    EXPECT_TRUE(hearsNothing(client));
+    EXPECT_EQ(platform.takeCalls(), std::vector({callOf(1), callOf(3)}));
+    ASSERT_NO_FATAL_FAILURE(useUpDescriptors());
+    char byte;
+    EXPECT_EQ(recv(client.fd(), &byte, 1, MSG_DONTWAIT), -1);
+    EXPECT_EQ(errno, ECONNRESET); // as a request of its was never read
+}
+
+// --- Clients that keep others waiting ------------------------------------------------------------
+
+TEST_F(ClientFault, WhileAClientSaysNothingOthersWait)
+{
+    auto silent = std::make_unique<Client>(serverSocket);
+    Client second(serverSocket);
+    Client third(serverSocket);
+    ASSERT_TRUE(third.send(numbered(3)));
+    ASSERT_TRUE(second.send(numbered(2)));
+    // Whoever came first is served when it speaks, however long the others have been asking.
+    ASSERT_EQ(silent->request(numbered(1)), answerOf(1));
+    EXPECT_TRUE(hearsNothing(second));
+    EXPECT_TRUE(hearsNothing(third));
+    EXPECT_EQ(platform.takeCalls(), callsOf(1, 2));
+
+    silent.reset();
+    EXPECT_EQ(second.receive(), answerOf(2));
+    EXPECT_TRUE(hearsNothing(third));
+    second.disconnect();
+    EXPECT_EQ(third.receive(), answerOf(3));
+    EXPECT_EQ(platform.takeCalls(), callsOf(2, 4));
+}
+
+/// The error of a connect that does not wait; 0 when it connects.
+int connectWithoutWaiting()
+{
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    strncpy(address.sun_path, serverSocket, sizeof address.sun_path - 1);
+    const bool failed = connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == -1;
+    const int error = failed ? errno : 0;
+    close(fd);
+    return error;
+}
+
+TEST_F(ClientFault, AFullQueueIsServedInTheOrderOfConnectingAndALaterClientAfterIt)
+{
+    auto served = std::make_unique<Client>(serverSocket);
+    ASSERT_EQ(served->request(numbered(0)), answerOf(0));
+
+    constexpr int room = 21; // Linux lets one more wait than the backlog of 20 says
+    std::vector<std::unique_ptr<Client>> waiting;
+    for (int i = 0; i < room; ++i)
+        waiting.push_back(std::make_unique<Client>(serverSocket));
+    for (int i = room; i > 0; --i) // who asks first does not matter
+        ASSERT_TRUE(waiting[static_cast<size_t>(i - 1)]->send(numbered(i)));
+    // A further client is not refused for good: its connect waits, unless it does not want to.
+    EXPECT_EQ(connectWithoutWaiting(), EAGAIN);
+    auto later = std::async(std::launch::async,
+                            [] { return Client(serverSocket).request(numbered(room + 1)); });
+
+    served.reset();
+    for (int i = 1; i <= room; ++i) {
+        ASSERT_EQ(waiting.front()->receive(), answerOf(i));
+        waiting.erase(waiting.begin());
+    }
+    EXPECT_EQ(later.get(), answerOf(room + 1));
+    EXPECT_EQ(platform.takeCalls(), callsOf(0, room + 2));
+}
+
+int unreadBytes(const Client& client)
+{
+    int bytes = 0;
+    ioctl(client.fd(), FIONREAD, &bytes);
+    return bytes;
+}
+
+TEST_F(ClientFault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies)
+{
+    const std::string line = "OVIK_SERVER: write: ";
+    const int linesBefore = count(server.process().errors(), line);
+    auto client = std::make_unique<Client>(serverSocket);
+    Client other(serverSocket);
+    ASSERT_TRUE(other.send(numbered(0)));
+
+    // It asks until neither side has moved for many an idle sleep.
+    const std::string request = std::string(goodRequest) + '\0';
+    int sent = 0;
+    int unread = 0;
+    auto moved = Clock::now();
+    ASSERT_TRUE(waitUntil([&] {
+        if (send(client->fd(), request.data(), request.size(), MSG_DONTWAIT) > 0) {
+            ++sent;
+            moved = Clock::now();
+        }
+        if (std::exchange(unread, unreadBytes(*client)) != unread)
+            moved = Clock::now();
+        return millisecondsSince(moved) > 1000;
+    }));
+    const int answered = unread / static_cast<int>(strlen(goodAnswer) + 1);
+    figure("unread answers that find room: " + std::to_string(answered));
+    // One more was carried out, and its answer is what the server waits with.
+    EXPECT_LT(answered + 1, sent);
+    EXPECT_EQ(platform.takeCalls().size(), answered + 1u);
+    EXPECT_TRUE(hearsNothing(other));
+
+    // What it had asked for is carried out for nobody, and the next one served.
+    client.reset();
+    EXPECT_EQ(other.receive(), answerOf(0));
+    EXPECT_EQ(platform.takeCalls().size(), static_cast<size_t>(sent - answered - 1 + 1));
+    EXPECT_EQ(count(server.process().errors(), line) - linesBefore, sent - answered);
+}
+
+// --- Clients that are in a hurry -----------------------------------------------------------------
+
+/// Sends requests as fast as they are taken, while all the answers are read.
+void pipeline(int requests, const std::function<std::string(int)>& request,
+              const std::function<std::string(int)>& answer)
+{
+    Client client(serverSocket);
+    auto sender = std::async(std::launch::async, [&] {
+        for (int i = 0; i < requests; ++i) {
+            if (!client.send(request(i)))
+                return false;
+        }
+        return true;
+    });
+    for (int i = 0; i < requests; ++i)
+        ASSERT_EQ(client.receive(), answer(i)) << i;
+    EXPECT_TRUE(sender.get());
+}
+
+TEST_F(ClientFault, AThousandPipelinedRequestsAreAnsweredEachInItsPlace)
+{
+    pipeline(1000, numbered, answerOf);
+    EXPECT_EQ(platform.takeCalls(), callsOf(0, 1000));
+}
+
+TEST_F(ClientFault, TenThousandSeparatorsAreRefusedOneByOne)
+{
+    pipeline(
+        10000, [](int) { return ";"; }, [](int) { return "-8"; });
+    EXPECT_TRUE(platform.takeCalls().empty());
+}
+
+// --- Descriptors that come with a message --------------------------------------------------------
+
+bool sendWithDescriptors(const Client& client, std::string text, const std::vector<int>& fds)
+{
+    const size_t size = fds.size() * sizeof(int);
+    iovec part = {text.data(), text.size() + 1};
+    std::vector<char> control(CMSG_SPACE(size));
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(size);
+    memcpy(CMSG_DATA(header), fds.data(), size);
+    return sendmsg(client.fd(), &message, MSG_NOSIGNAL) > 0;
+}
+
+TEST_F(ClientFault, DescriptorsPassedAlongAreNotKept)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    Client client(serverSocket);
+    for (int i = 0; i < 10; ++i) { // more than the server may have open
+        ASSERT_TRUE(sendWithDescriptors(client, numbered(i), std::vector<int>(100, ends[1])));
+        ASSERT_EQ(client.receive(), answerOf(i));
+    }
+    close(ends[1]);
+    char byte;
+    // Its end is seen when nobody holds the other one.
+    EXPECT_TRUE(waitUntil([&] { return read(ends[0], &byte, 1) == 0; }));
+    close(ends[0]);
+}
+
+// --- A server that is killed ---------------------------------------------------------------------
+
+void killServer(Server& server)
+{
+    Client client(serverSocket);
+    ASSERT_EQ(client.request(goodRequest), goodAnswer);
+    server.process().signal(SIGKILL);
+    ASSERT_EQ(server.process().wait(), 128 + SIGKILL);
+    EXPECT_EQ(client.receive(), "(connection closed)");
+    EXPECT_FALSE(isListening(serverSocket));
+    ASSERT_EQ(access(serverSocket, F_OK), 0); // and is in the way of the next start
+}
+
+/// Asks until there is the good answer; how long that took. One client does, as a sanitized server
+/// that meets an object for the first time opens a pipe, and must have the descriptors for it.
+double timeToAGoodAnswer(Clock::time_point start)
+{
+    Client client(serverSocket);
+    EXPECT_TRUE(waitUntil([&] { return client.request(goodRequest) == goodAnswer; }));
+    return millisecondsSince(start);
+}
+
+TEST_F(ClientFault, AFirstRequestWithoutNulEndsAtItsLastByte)
+{
+    ASSERT_NO_FATAL_FAILURE(killServer(server));
+    server.start();
+    Client client(serverSocket);
+    ASSERT_TRUE(client.sendBytes(goodRequest));
+    const std::string answer = client.receive();
+    EXPECT_TRUE(answer == goodAnswer || answer == "-1") << answer; // the platform may come later
+    client.disconnect();
+    EXPECT_TRUE(server.waitForPlatform());
+}
+
+// On a loaded machine a single measurement tells nothing about the program, so the best of a few
+// counts.
+
+TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
+{
+    double best = 1e9;
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_NO_FATAL_FAILURE(killServer(server));
+        const auto start = Clock::now();
+        server.start();
+        best = std::min(best, timeToAGoodAnswer(start));
+        EXPECT_EQ(server.process().output(), "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
+                                             "unlink returned 0\n");
+    }
+    figure("milliseconds from the start to a good answer: " + std::to_string(best));
+    EXPECT_LE(best, 1000);
+}
+
+TEST_F(ClientFault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThat)
+{
+    // The platform comes right after the server has looked for it: it looks again in a second.
+    constexpr double period = 1000;
+    constexpr double adoption = 100;
+    double best = 1e9;
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_NO_FATAL_FAILURE(killServer(server));
+        platform.releaseName();
+        server.start();
+        EXPECT_EQ(Client(serverSocket).request(goodRequest), "-1");
+        ASSERT_TRUE(server.process().waitForErrors("Cannot find dbus node"));
+        const auto start = Clock::now();
+        platform.ownName();
+        best = std::min(best, timeToAGoodAnswer(start));
+        if (i == 0)
+            remember(); // a server that had to wait keeps its first connection to the bus
+    }
+    figure("milliseconds from the platform's coming to a good answer: " + std::to_string(best));
+    EXPECT_LE(best, period + adoption);
+}
+} // namespace

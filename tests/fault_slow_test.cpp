@@ -1,0 +1,106 @@
+// A platform that is there but does not answer: what waits for the bus's time-out of 25 seconds.
+
+#include "tests/support/fault_fixture.h"
+
+#include <csignal>
+#include <iostream>
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+constexpr auto answerBound = 60s;
+
+/// The answer to a request that takes the time-out, and not much more.
+std::string requestThatTimesOut(Client& client, const std::string& text)
+{
+    const auto start = Clock::now();
+    const std::string answer = client.request(text, answerBound);
+    const std::chrono::duration<double> time = Clock::now() - start;
+    EXPECT_GE(time, 23.5s); // Qt's timer may be a twentieth off
+    EXPECT_LT(time, 35s);
+    std::cout << "[figure] time-out of " << text << ": " << time.count() << " s" << std::endl;
+    return answer;
+}
+
+TEST(FaultSlow, AFrozenPanelFailsACallAfter25SecondsAndItsLateRepliesAreNotTakenForOthers)
+{
+    PrivateBus bus;
+    Process panel({OVIK_PANEL_SIM_PATH});
+    ASSERT_TRUE(panel.waitForOutput("ovik_panel_sim: ready\n"));
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+    Client client(serverSocket);
+    ASSERT_EQ(client.request("saveBrightness;41"), "0 0");
+    ASSERT_EQ(client.request("setBuzzerMode;2"), "0 0");
+    ASSERT_EQ(client.request("getHWPluginLedMode;0;1"), "0 2");
+    const auto expectWorks = [&] {
+        EXPECT_EQ(client.request("getBuzzerMode"), "0 2");
+        EXPECT_EQ(client.request("getBrightness"), "0 41");
+        EXPECT_EQ(client.request("getHWPluginLedMode;0;1"), "0 2");
+        EXPECT_EQ(client.request("setHWPluginLedValue;0;1;1"), "0 0");
+    };
+    for (int i = 0; i < 5; ++i)
+        expectWorks();
+    const Footprint before = footprintOf(server.process().pid());
+
+    panel.signal(SIGSTOP);
+    EXPECT_EQ(requestThatTimesOut(client, "getBrightness"), "-4");
+    // The mode that guards the write is not known, so the write is not even tried.
+    EXPECT_EQ(requestThatTimesOut(client, "setHWPluginLedValue;0;1;1"), "-12");
+    panel.signal(SIGCONT);
+    // The late replies are 41 and 2, the next answers are not.
+    EXPECT_EQ(client.request("getNetworkConfigJson").rfind("0 {", 0), 0u);
+    expectWorks();
+    expectNothingLeftBehind(server.process().pid(), before);
+}
+
+class FaultSlowReply : public FaultTest
+{
+};
+
+TEST_F(FaultSlowReply, AReplyAfterTheTimeOutIsNotTakenForTheNextCallsOfTheSameMethod)
+{
+    sd_bus_message* held = nullptr;
+    panel->platform->answer("Backlight.getBrightness", [&](sd_bus_message* call) {
+        held = sd_bus_message_ref(call);
+        return 1;
+    });
+    EXPECT_EQ(requestThatTimesOut(*client, "getBrightness"), "-4");
+    ASSERT_NE(held, nullptr);
+    panel->platform->answer("Backlight.getBrightness", [&](sd_bus_message* call) {
+        sd_bus_reply_method_return(held, "i", 111);
+        sd_bus_message_unref(held);
+        return sd_bus_reply_method_return(call, "i", 222);
+    });
+    EXPECT_EQ(client->request("getBrightness"), "0 222");
+}
+
+TEST(FaultSlow, APanelThatIsFrozenAtTheStartIsTakenAsWholeAndServesOnceItGoesOn)
+{
+    PrivateBus bus;
+    Process panel({OVIK_PANEL_SIM_PATH});
+    ASSERT_TRUE(panel.waitForOutput("ovik_panel_sim: ready\n"));
+    panel.signal(SIGSTOP);
+    Server server;
+    Client client(serverSocket);
+    // Each of its objects is asked for a second whether it is there; a request waits meanwhile.
+    std::chrono::duration<double> longest = 0s;
+    ASSERT_TRUE(waitUntil([&] {
+        const auto start = Clock::now();
+        EXPECT_EQ(client.request("getHWPluginLedMode;9;0", answerBound), "-10");
+        longest = Clock::now() - start;
+        return longest > 5s;
+    }));
+    EXPECT_LT(longest, 45s);
+    EXPECT_EQ(server.process().errors(), "") << "nothing counts as missing";
+    std::cout << "[figure] start with a frozen panel: " << longest.count() << " s" << std::endl;
+
+    panel.signal(SIGCONT);
+    EXPECT_TRUE(waitUntil([&] { return client.request("getBrightness", 30s) == "0 200"; }));
+    EXPECT_EQ(client.request("getHWPluginLedMode;0;1"), "0 2");
+    // A slot without a module has its place in the list, and a failed call to it is a 0.
+    EXPECT_EQ(client.request("getHWPluginLedMode;3;1"), "0 0");
+    EXPECT_EQ(client.request("getHWPluginLedMode;4;1"), "-10");
+}
+} // namespace

@@ -1,0 +1,56 @@
+#include "tests/support/client_fault_fixture.h"
+
+namespace
+{
+/// Makes the server do everything once that it does lazily, or that makes its heaps grow.
+void warmUp()
+{
+    {
+        Client client(serverSocket);
+        const std::string longText(4900, 'x');
+        for (const std::string& request :
+             {std::string(goodRequest), "setVolatileParameter;k;" + longText,
+              std::string("setBuzzerMode;1"), std::string(4999, ';'),
+              std::string("a call that fails"), std::string("getSysCounter")})
+            client.request(request);
+    }
+    Client(serverSocket).send(goodRequest); // gone before its answer
+    // The last message leaves the server's receive buffer as empty as it was at the start.
+    Client client(serverSocket);
+    client.sendBytes(std::string(5000, '\0'));
+    client.receive();
+}
+} // namespace
+
+ClientFault::ClientFault()
+{
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    platform.answer("OVIK.setVolatileParameter", replyWith("i", 7));
+    platform.answer("Buzzer.SetBuzzerMode", replyEcho());
+}
+
+void ClientFault::SetUp()
+{
+    ASSERT_TRUE(server.waitForPlatform());
+    remember();
+}
+
+void ClientFault::TearDown()
+{
+    ASSERT_TRUE(server.process().running()) << server.process().errors();
+    EXPECT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
+    expectNothingLeftBehind(server.process().pid(), m_before);
+}
+
+void ClientFault::remember()
+{
+    warmUp();
+    m_before = footprintOf(server.process().pid());
+    platform.takeCalls();
+}
+
+void ClientFault::useUpDescriptors()
+{
+    for (int i = 0; i < descriptorLimit; ++i)
+        ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer) << i;
+}
