@@ -6,11 +6,15 @@
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
+#include <cstddef>
 
 /*
  * The platform library is built against the same records and fills them in place, so the order and
  * the types of the fields are fixed. The records have no default initialisers: they stay plain data
  * that may be copied or cleared as bytes (systemSpecs excepted, which owns strings).
+ *
+ * The layouts asserted here are those of 64 bit and of ARM, where 64-bit integers are aligned to 8
+ * bytes; 32-bit x86 aligns them to 4, for its own library as well.
  */
 
 /** Identity of the panel as kept in its serial EEPROM; the values are the manufacturer's. */
@@ -25,7 +29,14 @@ typedef struct _systemInfo {
     quint8 manufactureCode[2];
     quint8 hwDispID;
 } systemInfo;
-static_assert(sizeof(systemInfo) == 16, "systemInfo must match the platform library's record");
+static_assert(sizeof(systemInfo) == 16 && alignof(systemInfo) == 1 &&
+                  offsetof(systemInfo, day) == 0 && offsetof(systemInfo, month) == 1 &&
+                  offsetof(systemInfo, year) == 2 && offsetof(systemInfo, serialNo) == 3 &&
+                  offsetof(systemInfo, moduleName) == 6 && offsetof(systemInfo, hwCode) == 11 &&
+                  offsetof(systemInfo, hwSubCode) == 12 &&
+                  offsetof(systemInfo, manufactureCode) == 13 &&
+                  offsetof(systemInfo, hwDispID) == 15,
+              "systemInfo must match the platform library's record");
 
 /** Kind, build date and version of one software partition. */
 typedef struct _bootldrInfo {
@@ -35,7 +46,11 @@ typedef struct _bootldrInfo {
     quint8 year;
     quint8 version[20];
 } bootldrInfo;
-static_assert(sizeof(bootldrInfo) == 24, "bootldrInfo must match the platform library's record");
+static_assert(sizeof(bootldrInfo) == 24 && alignof(bootldrInfo) == 1 &&
+                  offsetof(bootldrInfo, type) == 0 && offsetof(bootldrInfo, day) == 1 &&
+                  offsetof(bootldrInfo, month) == 2 && offsetof(bootldrInfo, year) == 3 &&
+                  offsetof(bootldrInfo, version) == 4,
+              "bootldrInfo must match the platform library's record");
 
 /** The name under which the record is a metatype. */
 typedef struct _bootldrInfo partitionInfo;
@@ -48,6 +63,16 @@ typedef struct _ovikStorageInfo {
     quint64 freeSpace;
     quint32 accessFlag;
 } ovikStorageInfo;
+static_assert(offsetof(ovikStorageInfo, mountPoint) == 0 &&
+                  offsetof(ovikStorageInfo, deviceType) == 200,
+              "ovikStorageInfo must match the platform library's record");
+#if !defined(__i386__)
+static_assert(sizeof(ovikStorageInfo) == 232 && alignof(ovikStorageInfo) == 8 &&
+                  offsetof(ovikStorageInfo, totalSpace) == 208 &&
+                  offsetof(ovikStorageInfo, freeSpace) == 216 &&
+                  offsetof(ovikStorageInfo, accessFlag) == 224,
+              "ovikStorageInfo must match the platform library's record");
+#endif
 
 /** Time zone rules: when standard (std) and daylight-saving (dls) time begin and their offsets. */
 typedef struct _timeZoneInfo {

@@ -2,8 +2,6 @@
 # Cross-builds everything for an ARMv7 hard-float panel on a Debian machine, and runs the tests under
 # emulation: scripts/armhf.sh [CTEST-OPTION...]. Installs the compiler and the emulator when they are
 # missing; the libraries to build against are Debian's, unpacked to build-armhf/sysroot.
-#
-#   scripts/armhf.sh --sysroot-only    only makes the sysroot
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . scripts/setup.sh
@@ -17,25 +15,34 @@ packages=(qtbase5-dev libstdc++-12-dev libgtest-dev libsystemd-dev)
 # as packages of two architectures side by side must have equal versions, and no root is needed.
 apt_armhf() {
     local state=$build_dir/apt
-    mkdir -p "$state"/{lists,cache}/partial
-    touch "$state/status"
-    apt-get indextargets --format 'deb [arch=armhf] $(REPO_URI) $(RELEASE) $(COMPONENT)' \
-        'Created-By: Packages' 'Origin: Debian' | sort -u >"$state/sources.list"
-    [ -s "$state/sources.list" ] || die "this machine has no Debian sources: run apt-get update"
-    quietly apt-get \
+    apt-get \
         -o APT::Architecture=armhf -o APT::Architectures=armhf \
         -o Dir::State="$PWD/$state" -o Dir::State::status="$PWD/$state/status" \
         -o Dir::Cache="$PWD/$state/cache" -o Dir::Etc::SourceList="$PWD/$state/sources.list" \
         -o Dir::Etc::SourceParts=- -o APT::Sandbox::User='' -o Debug::NoLocking=1 "$@"
 }
 
+list_sources() {
+    # shellcheck disable=SC2016 # apt puts these in
+    apt-get indextargets --format 'deb [arch=armhf] $(REPO_URI) $(RELEASE) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' | sort -u >"$build_dir/apt/sources.list"
+    [ -s "$build_dir/apt/sources.list" ]
+}
+
 make_sysroot() {
-    local archive
+    local archive update
     say "making a sysroot of armhf packages"
-    # An update of which a part fails can still be good enough to install from.
-    apt_armhf update || true
-    apt_armhf install --yes --download-only --no-install-recommends "${packages[@]}" ||
+    rm -rf "$build_dir/apt/cache" # of other versions
+    mkdir -p "$build_dir"/apt/{lists,cache}/partial
+    touch "$build_dir/apt/status"
+    # apt tells of those sources only whose lists it has.
+    list_sources || { apt update && list_sources; } || die "this machine has no Debian sources"
+    # An update of which a part fails can still be good enough to download from.
+    update=$(apt_armhf update 2>&1 </dev/null) || true
+    quietly apt_armhf install --yes --download-only --no-install-recommends "${packages[@]}" || {
+        printf '%s\n' "$update" >&2
         die "cannot download, see above"
+    }
     rm -rf "$sysroot"
     mkdir -p "$sysroot"
     for archive in "$build_dir"/apt/cache/archives/*.deb; do
@@ -53,4 +60,10 @@ make_sysroot() {
 
 is_current() { cksum <scripts/armhf.sh | cmp -s - "$sysroot/.made_by"; }
 
+# Those for the build here are for its tools, such as moc, and for the tests' bus.
+ensure_build_packages
+ensure_packages g++-arm-linux-gnueabihf qemu-user
 is_current || make_sysroot
+build armhf
+say "testing under emulation"
+exec ctest --preset armhf "$@"

@@ -33,7 +33,7 @@ apt() {
 # ensure_packages PACKAGE...: installs those that are missing. Other systems than Debian and its
 # like are expected to have them.
 ensure_packages() {
-    local package missing=()
+    local package update missing=()
     command -v dpkg-query >/dev/null || return 0
     for package in "$@"; do
         is_installed "$package" || missing+=("$package")
@@ -41,9 +41,11 @@ ensure_packages() {
     [ ${#missing[@]} -gt 0 ] || return 0
     say "installing ${missing[*]}"
     # An update of which a part fails can still be good enough to install from.
-    apt update || true
-    apt install --yes --no-install-recommends "${missing[@]}" ||
+    update=$(apt update 2>&1) || true
+    apt install --yes --no-install-recommends "${missing[@]}" || {
+        printf '%s\n' "$update" >&2
         die "cannot install; do it as root: apt-get install ${missing[*]}"
+    }
 }
 
 # Whatever is to be built: a preset that has the tests wants their libraries to be configured.

@@ -7,9 +7,9 @@
 TEST(CProgram, CallsEveryFunctionAgainstTheSimulatedPanel)
 {
     PrivateBus bus;
-    Process panel({OVIK_PANEL_SIM_PATH});
+    Process panel(commandOf(OVIK_PANEL_SIM_PATH));
     ASSERT_TRUE(panel.waitForOutput("ready"));
-    Process program({OVIK_C_PROGRAM_PATH});
+    Process program(commandOf(OVIK_C_PROGRAM_PATH));
     EXPECT_EQ(program.wait(), 0);
     EXPECT_EQ(program.output(), "Illegal OvikApplication mode\n");
 }

@@ -83,7 +83,7 @@ public:
     DbusStarted()
     {
         theBus();
-        panel = std::make_unique<Process>(std::vector<std::string>{OVIK_PANEL_SIM_PATH});
+        panel = std::make_unique<Process>(commandOf(OVIK_PANEL_SIM_PATH));
         EXPECT_TRUE(panel->waitForOutput("ready"));
         EXPECT_TRUE(backend.init());
     }

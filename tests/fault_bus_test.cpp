@@ -110,8 +110,9 @@ TEST(FaultBus, TriesOnABusWithoutThePlatformLeaveNothingBehindAndOneFindsIt)
     Client client(serverSocket);
     const std::string line = "Cannot find dbus node in system bus. Fallback to use session bus\n";
     const auto waitForTries = [&](size_t count) {
-        ASSERT_TRUE(waitUntil(
-            [&] { return server.process().errors().size() >= count * line.size(); }, 60s));
+        ASSERT_TRUE(
+            waitUntil([&] { return server.process().errors().size() >= count * line.size(); },
+                      patienceFactor * 60s));
         expectOfEveryCommand(server, client, answerBeforePlatform);
     };
     waitForTries(firstTries);
@@ -268,7 +269,7 @@ TEST(FaultPanelSim, KilledAgainAndAgainItIsReachedAgainEachTime)
 {
     PrivateBus bus;
     const auto startPanel = [] {
-        auto panel = std::make_unique<Process>(std::vector<std::string>{OVIK_PANEL_SIM_PATH});
+        auto panel = std::make_unique<Process>(commandOf(OVIK_PANEL_SIM_PATH));
         if (!panel->waitForOutput("ovik_panel_sim: ready\n"))
             throw std::runtime_error(panel->errors());
         return panel;

@@ -112,8 +112,9 @@ protected:
         for (int i = 0; i < measuredTimes && !HasFailure(); ++i)
             fault();
         Footprint now;
-        EXPECT_TRUE(waitUntil(
-            [&] { return isBackAt(before, now = footprintOf(getpid()), memorySlack); }, 5s))
+        EXPECT_TRUE(
+            waitUntil([&] { return isBackAt(before, now = footprintOf(getpid()), memorySlack); },
+                      patienceFactor * 5s))
             << "before: " << before << "\nnow: " << now;
         const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
         std::cout << "[figure] " << test->name() << ", " << measuredTimes << " times: " << before
@@ -260,7 +261,7 @@ TEST_P(BrokenLibrary, IsRefusedWithTheReason)
 {
     const TempDir dir;
     GetParam().make(dir.path("libOVIK.so"));
-    Process program({OVIK_TRY_LIBRARY_PATH}, {"LD_LIBRARY_PATH=" + dir.path("")});
+    Process program(commandOf(OVIK_TRY_LIBRARY_PATH), {"LD_LIBRARY_PATH=" + dir.path("")});
     EXPECT_EQ(program.wait(), 1);
     EXPECT_EQ(program.errors().rfind("Failed loading OVIK plugin: ", 0), 0u) << program.errors();
     EXPECT_NE(program.errors().find(GetParam().reason), std::string::npos) << program.errors();
@@ -272,7 +273,7 @@ TEST_P(BrokenLibrary, IsRefusedWithTheReason)
 
 TEST_F(FaultLibrary, WithoutItsFactoryItIsRefusedWithTheReason)
 {
-    Process program({OVIK_TRY_LIBRARY_PATH},
+    Process program(commandOf(OVIK_TRY_LIBRARY_PATH),
                     {"LD_LIBRARY_PATH=" OVIK_PANEL_LIBRARY_DIR, "OVIK_SIM_NO_FACTORY=1"});
     EXPECT_EQ(program.wait(), 1);
     EXPECT_EQ(program.errors().rfind("Can't get the getInstance function in so file\n", 0), 0u);

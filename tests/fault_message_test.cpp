@@ -171,7 +171,7 @@ TEST_P(Message, IsReadAndAnsweredAsTheTableSays)
 TEST_F(ClientFault, ANoncharacterIsPassedOnAsItIs)
 {
     platform.releaseName();
-    Process panel({OVIK_PANEL_SIM_PATH});
+    Process panel(commandOf(OVIK_PANEL_SIM_PATH));
     {
         Client client(serverSocket);
         const std::string noncharacters = "\uFDD0\uFFFE\uFFFF\U0010FFFF";

@@ -26,7 +26,7 @@ std::string requestThatTimesOut(Client& client, const std::string& text)
 TEST(FaultSlow, AFrozenPanelFailsACallAfter25SecondsAndItsLateRepliesAreNotTakenForOthers)
 {
     PrivateBus bus;
-    Process panel({OVIK_PANEL_SIM_PATH});
+    Process panel(commandOf(OVIK_PANEL_SIM_PATH));
     ASSERT_TRUE(panel.waitForOutput("ovik_panel_sim: ready\n"));
     Server server;
     ASSERT_TRUE(server.waitForPlatform());
@@ -79,7 +79,7 @@ TEST_F(FaultSlowReply, AReplyAfterTheTimeOutIsNotTakenForTheNextCallsOfTheSameMe
 TEST(FaultSlow, APanelThatIsFrozenAtTheStartIsTakenAsWholeAndServesOnceItGoesOn)
 {
     PrivateBus bus;
-    Process panel({OVIK_PANEL_SIM_PATH});
+    Process panel(commandOf(OVIK_PANEL_SIM_PATH));
     ASSERT_TRUE(panel.waitForOutput("ovik_panel_sim: ready\n"));
     panel.signal(SIGSTOP);
     Server server;
@@ -97,7 +97,8 @@ TEST(FaultSlow, APanelThatIsFrozenAtTheStartIsTakenAsWholeAndServesOnceItGoesOn)
     std::cout << "[figure] start with a frozen panel: " << longest.count() << " s" << std::endl;
 
     panel.signal(SIGCONT);
-    EXPECT_TRUE(waitUntil([&] { return client.request("getBrightness", 30s) == "0 200"; }));
+    EXPECT_TRUE(waitUntil(
+        [&] { return client.request("getBrightness", patienceFactor * 30s) == "0 200"; }));
     EXPECT_EQ(client.request("getHWPluginLedMode;0;1"), "0 2");
     // A slot without a module has its place in the list, and a failed call to it is a 0.
     EXPECT_EQ(client.request("getHWPluginLedMode;3;1"), "0 0");

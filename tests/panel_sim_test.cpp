@@ -494,12 +494,7 @@ private:
     size_t m_taken = 0;
 };
 
-Words simCommand(const Words& options)
-{
-    Words command{OVIK_PANEL_SIM_PATH};
-    command.insert(command.end(), options.begin(), options.end());
-    return command;
-}
+Words simCommand(const Words& options) { return commandOf(OVIK_PANEL_SIM_PATH, options); }
 
 class PanelSim : public testing::Test
 {

@@ -36,24 +36,13 @@ class PlatformLayout : public testing::TestWithParam<Value>
 
 INSTANTIATE_TEST_SUITE_P(
     Records, PlatformLayout,
-    testing::Values(
-        OFFSET(systemInfo, day, 0), OFFSET(systemInfo, month, 1), OFFSET(systemInfo, year, 2),
-        OFFSET(systemInfo, serialNo, 3), OFFSET(systemInfo, moduleName, 6),
-        OFFSET(systemInfo, hwCode, 11), OFFSET(systemInfo, hwSubCode, 12),
-        OFFSET(systemInfo, manufactureCode, 13), OFFSET(systemInfo, hwDispID, 15),
-        SIZE(systemInfo, 16), OFFSET(bootldrInfo, type, 0), OFFSET(bootldrInfo, day, 1),
-        OFFSET(bootldrInfo, month, 2), OFFSET(bootldrInfo, year, 3),
-        OFFSET(bootldrInfo, version, 4), SIZE(bootldrInfo, 24),
-        OFFSET(ovikStorageInfo, mountPoint, 0), OFFSET(ovikStorageInfo, deviceType, 200),
-        OFFSET(ovikStorageInfo, totalSpace, 208), OFFSET(ovikStorageInfo, freeSpace, 216),
-        OFFSET(ovikStorageInfo, accessFlag, 224), SIZE(ovikStorageInfo, 232),
-        OFFSET(timeZoneInfo, stdMonth, 0), OFFSET(timeZoneInfo, stdWeek, 1),
-        OFFSET(timeZoneInfo, stdDay, 2), OFFSET(timeZoneInfo, stdHour, 3),
-        OFFSET(timeZoneInfo, stdMinute, 4), OFFSET(timeZoneInfo, stdOffset, 6),
-        OFFSET(timeZoneInfo, dlsMonth, 8), OFFSET(timeZoneInfo, dlsWeek, 9),
-        OFFSET(timeZoneInfo, dlsDay, 10), OFFSET(timeZoneInfo, dlsHour, 11),
-        OFFSET(timeZoneInfo, dlsMinute, 12), OFFSET(timeZoneInfo, dlsOffset, 14),
-        OFFSET(timeZoneInfo, mode, 16), SIZE(timeZoneInfo, 18)));
+    testing::Values(OFFSET(timeZoneInfo, stdMonth, 0), OFFSET(timeZoneInfo, stdWeek, 1),
+                    OFFSET(timeZoneInfo, stdDay, 2), OFFSET(timeZoneInfo, stdHour, 3),
+                    OFFSET(timeZoneInfo, stdMinute, 4), OFFSET(timeZoneInfo, stdOffset, 6),
+                    OFFSET(timeZoneInfo, dlsMonth, 8), OFFSET(timeZoneInfo, dlsWeek, 9),
+                    OFFSET(timeZoneInfo, dlsDay, 10), OFFSET(timeZoneInfo, dlsHour, 11),
+                    OFFSET(timeZoneInfo, dlsMinute, 12), OFFSET(timeZoneInfo, dlsOffset, 14),
+                    OFFSET(timeZoneInfo, mode, 16), SIZE(timeZoneInfo, 18)));
 
 INSTANTIATE_TEST_SUITE_P(
     SmallRecords, PlatformLayout,

@@ -38,7 +38,7 @@ struct FailingRun {
 
     void run()
     {
-        Process server({OVIK_SERVER_PATH});
+        Process server(commandOf(OVIK_SERVER_PATH));
         status = server.wait();
         output = server.output();
     }
@@ -77,7 +77,7 @@ TEST(Lifecycle, ArgumentsAreIgnored)
 {
     PrivateBus bus;
     ServerLock lock;
-    Process server({OVIK_SERVER_PATH, "--help", "x"});
+    Process server(commandOf(OVIK_SERVER_PATH, {"--help", "x"}));
     ASSERT_TRUE(waitUntil([] { return isListening(serverSocket); }));
     EXPECT_EQ(quit(), "0");
     EXPECT_EQ(server.wait(), 0);

@@ -53,9 +53,10 @@ void Panel::launch(const PanelOptions& options)
 {
     m_options = options;
     m_launched = Clock::now();
-    m_process = std::make_unique<Process>(std::vector<std::string>{
-        OVIK_PANEL_SIM_PATH, "--slots", joined(options.modules), "--missing",
-        joined(options.missing), "--scan-delay", std::to_string(options.scanDelay)});
+    m_process = std::make_unique<Process>(
+        commandOf(OVIK_PANEL_SIM_PATH,
+                  {"--slots", joined(options.modules), "--missing", joined(options.missing),
+                   "--scan-delay", std::to_string(options.scanDelay)}));
 }
 
 void Panel::appeared()

@@ -35,6 +35,15 @@ TempDir::~TempDir()
     std::filesystem::remove_all(m_path, ignored);
 }
 
+std::vector<std::string> commandOf(const std::string& path,
+                                   const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> words = {OVIK_TEST_EMULATOR};
+    words.push_back(path);
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
+}
+
 namespace
 {
 /// A pipe whose ends no other child inherits; its reading end does not block.
@@ -157,7 +166,7 @@ void Process::signal(int number)
 void Process::stop()
 {
     signal(SIGTERM);
-    if (wait(5s) == -1 && running()) {
+    if (wait(patienceFactor * 5s) == -1 && running()) {
         signal(SIGKILL);
         wait();
     }

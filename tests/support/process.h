@@ -9,8 +9,12 @@
 
 using namespace std::chrono_literals;
 
+/// Multiplies how long the tests wait at most: more than 1 under emulation. A bound that tells two
+/// of the program's own times apart stays what it is.
+constexpr int patienceFactor = OVIK_TEST_PATIENCE_FACTOR;
+
 /// The bound of every wait of the tests. An event that is due is waited for, never slept for.
-constexpr std::chrono::milliseconds patience = 20s;
+constexpr std::chrono::milliseconds patience = patienceFactor * 20s;
 
 /// Polls @p condition until it holds; false when it does not within @p bound.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound = patience);
@@ -45,6 +49,11 @@ public:
 private:
     const char* m_name;
 };
+
+/// The words that start a program of this build: under the emulator, when it is for another
+/// machine.
+std::vector<std::string> commandOf(const std::string& path,
+                                   const std::vector<std::string>& arguments = {});
 
 /// A child process whose standard output and error are collected. It ends with this object.
 class Process

@@ -23,7 +23,8 @@ ServerLock::~ServerLock() { close(m_fd); }
 
 Server::Server(const std::vector<std::string>& prefix) : m_command(prefix)
 {
-    m_command.push_back(OVIK_SERVER_PATH);
+    const std::vector<std::string> words = commandOf(OVIK_SERVER_PATH);
+    m_command.insert(m_command.end(), words.begin(), words.end());
     if (isListening(serverSocket))
         throw std::runtime_error("another server holds " + std::string(serverSocket));
     unlink(serverSocket);

@@ -1,0 +1,9 @@
+#!/bin/bash
+# size_test.sh STRIP PROGRAM KIB: what is shipped of the program takes less than so many KiB.
+set -euo pipefail
+stripped=$(mktemp)
+trap 'rm -f "$stripped"' EXIT
+"$1" -o "$stripped" "$2"
+size=$(stat -c %s "$stripped")
+echo "$size bytes, $3 KiB are allowed"
+[ "$size" -lt $(($3 * 1024)) ]
