@@ -60,6 +60,12 @@ void expectNothingLeftBehind(pid_t pid, const Footprint& before, long memorySlac
     figure(text.str());
 }
 
+void expectGoodEnd(Server& server)
+{
+    EXPECT_EQ(Client(serverSocket).request("quit"), "0");
+    EXPECT_EQ(server.process().wait(), 0) << server.process().errors();
+}
+
 std::unique_ptr<FaultPanel> FaultTest::panel;
 
 void FaultTest::SetUpTestSuite()
@@ -70,7 +76,12 @@ void FaultTest::SetUpTestSuite()
         expectEveryCommandWorks(client);
 }
 
-void FaultTest::TearDownTestSuite() { panel.reset(); }
+void FaultTest::TearDownTestSuite()
+{
+    if (panel)
+        expectGoodEnd(panel->server);
+    panel.reset();
+}
 
 void FaultTest::SetUp()
 {
