@@ -109,21 +109,6 @@ TEST_F(FaultResult, RequestsAreAnsweredWhileTheyCome)
     expectScanWorks();
 }
 
-TEST_F(FaultResult, AThousandDuringTheCallGiveTheFirstOne)
-{
-    panel->platform->answer("ServiceManager.command", [](sd_bus_message* message) {
-        for (int i = 0; i < 1000; ++i)
-            sd_bus_emit_signal(sd_bus_message_get_bus(message), "/ServiceManager",
-                               "com.wenu.OVIK.ServiceManager", "commandResult", "sss", "wifi",
-                               "scan", std::to_string(i).c_str());
-        return sd_bus_reply_method_return(message, "i", 7);
-    });
-    repeat(30, [&] {
-        EXPECT_EQ(client->request(scan), "0 7;wifi;scan;0");
-        drain();
-    });
-}
-
 TEST_F(FaultResult, ATextOfAMebibyteIsCutAtTheEndOfTheAnswer)
 {
     memorySlack = 12 * 1024; // KiB, less than one round brings
@@ -201,6 +186,27 @@ TEST_F(FaultResult, OneThatComesAfterItsScanHasFailedEndsTheNextCommand)
     EXPECT_EQ(client->request("serviceCommand;x;y;z"), "0 4");
     EXPECT_LT(std::chrono::steady_clock::now() - start, 5s) << "it would be a minute";
     expectScanWorks();
+}
+
+/// On a server of its own: one that has been through the storms above has free memory enough to
+/// hide what these leave behind.
+class FaultResultDuringTheCall : public FaultResult
+{
+};
+
+TEST_F(FaultResultDuringTheCall, AThousandGiveTheFirstOne)
+{
+    panel->platform->answer("ServiceManager.command", [](sd_bus_message* message) {
+        for (int i = 0; i < 1000; ++i)
+            sd_bus_emit_signal(sd_bus_message_get_bus(message), "/ServiceManager",
+                               "com.wenu.OVIK.ServiceManager", "commandResult", "sss", "wifi",
+                               "scan", (std::to_string(i) + stormText).c_str());
+        return sd_bus_reply_method_return(message, "i", 7);
+    });
+    repeat(30, [&] {
+        EXPECT_EQ(client->request(scan), "0 7;wifi;scan;0" + stormText);
+        drain();
+    });
 }
 
 TEST(FaultResultFirst, ThoseBeforeAnyCommandAreDropped)
