@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <iostream>
 #include <map>
 #include <set>
 #include <sys/socket.h>
@@ -15,11 +14,6 @@
 namespace
 {
 using Clock = std::chrono::steady_clock;
-
-long long millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
-}
 
 /// What a command answers when the platform cannot be reached: a failed call to a module cannot be
 /// told from its answer 0, and a write that such an answer guards is not made.
@@ -35,8 +29,8 @@ std::string answerWithoutPlatform(const CommandRow& row)
 /// What it answers when the service has not found a platform yet.
 std::string answerBeforePlatform(const CommandRow& row) { return row.isPlugin() ? "-10" : "-1"; }
 
-void expectOfEveryCommand(Server& server, Client& client,
-                          const std::function<std::string(const CommandRow&)>& expected)
+void expectAnswers(Server& server, Client& client,
+                   const std::function<std::string(const CommandRow&)>& expected)
 {
     for (const CommandRow& row : commandRows())
         client.send(row.request());
@@ -94,7 +88,7 @@ TEST(FaultBus, TriesOnABusThatHangsUpLeaveNothingBehind)
     const auto tries = [&](int count) {
         for (int i = 0; i < count; ++i) {
             ASSERT_TRUE(bus.waitForTry());
-            expectOfEveryCommand(server, client, answerBeforePlatform);
+            expectAnswers(server, client, answerBeforePlatform);
         }
     };
     tries(firstTries);
@@ -113,7 +107,7 @@ TEST(FaultBus, TriesOnABusWithoutThePlatformLeaveNothingBehindAndOneFindsIt)
         ASSERT_TRUE(
             waitUntil([&] { return server.process().errors().size() >= count * line.size(); },
                       patienceFactor * 60s));
-        expectOfEveryCommand(server, client, answerBeforePlatform);
+        expectAnswers(server, client, answerBeforePlatform);
     };
     waitForTries(firstTries);
     const Footprint before = footprintOf(server.process().pid());
@@ -125,7 +119,7 @@ TEST(FaultBus, TriesOnABusWithoutThePlatformLeaveNothingBehindAndOneFindsIt)
     const auto start = Clock::now();
     ASSERT_TRUE(waitUntil([&] { return client.request("getBrightness") == "0 75"; }));
     EXPECT_LT(millisecondsSince(start), 5000) << "a second and the adoption";
-    std::cout << "[figure] found after " << millisecondsSince(start) << " ms" << std::endl;
+    figure("milliseconds until it was found: " + std::to_string(millisecondsSince(start)));
     expectEveryCommandWorks(client);
 }
 
@@ -135,7 +129,7 @@ TEST(FaultBus, ABusAndAPlatformThatComeLaterAreFoundWithinTheNextTry)
     bus.stop();
     Server server;
     Client client(serverSocket);
-    expectOfEveryCommand(server, client, answerBeforePlatform);
+    expectAnswers(server, client, answerBeforePlatform);
 
     bus.start();
     FakePlatform platform;
@@ -143,7 +137,7 @@ TEST(FaultBus, ABusAndAPlatformThatComeLaterAreFoundWithinTheNextTry)
     const auto start = Clock::now();
     ASSERT_TRUE(waitUntil([&] { return client.request("getBrightness") == "0 75"; }));
     EXPECT_LT(millisecondsSince(start), 5000) << "a second and the adoption";
-    std::cout << "[figure] found after " << millisecondsSince(start) << " ms" << std::endl;
+    figure("milliseconds until it was found: " + std::to_string(millisecondsSince(start)));
     expectEveryCommandWorks(client);
 }
 
@@ -157,17 +151,17 @@ TEST(FaultBus, ABusThatDiesFailsEveryCommandUntilTheServerIsStartedAgain)
     panel.endPlatform();
     panel.bus.stop();
     for (int i = 0; i < 5; ++i)
-        expectOfEveryCommand(panel.server, client, answerWithoutPlatform);
+        expectAnswers(panel.server, client, answerWithoutPlatform);
     const Footprint before = footprintOf(panel.server.process().pid());
     const auto start = Clock::now();
     for (int i = 0; i < 50; ++i)
-        expectOfEveryCommand(panel.server, client, answerWithoutPlatform);
+        expectAnswers(panel.server, client, answerWithoutPlatform);
     EXPECT_LT(millisecondsSince(start), 10000) << "nothing waits for a bus that is gone";
 
     // A bus at the same address and a platform on it are not looked for any more.
     panel.bus.start();
     panel.startPlatform();
-    expectOfEveryCommand(panel.server, client, answerWithoutPlatform);
+    expectAnswers(panel.server, client, answerWithoutPlatform);
     expectNothingLeftBehind(panel.server.process().pid(), before);
     ASSERT_EQ(client.request("quit"), "0");
     ASSERT_EQ(panel.server.process().wait(), 0);
@@ -188,7 +182,7 @@ TEST(FaultBus, ABusThatDiesInTheMiddleOfACallIsAFailureAtOnce)
     ASSERT_TRUE(panel.platform->waitForCall("getBrightness"));
     panel.bus.stop();
     EXPECT_EQ(client.receive(), "-4");
-    expectOfEveryCommand(panel.server, client, answerWithoutPlatform);
+    expectAnswers(panel.server, client, answerWithoutPlatform);
     EXPECT_EQ(client.request("quit"), "0");
     EXPECT_EQ(panel.server.process().wait(), 0);
 }
@@ -358,16 +352,16 @@ TEST_P(FaultFacility, AtTheStartIsMinusOneForItsCommandsUntilTheServerIsStartedA
         return belongs(row) ? answerWithoutFacility(row) : row.response;
     };
     for (int i = 0; i < 5; ++i)
-        expectOfEveryCommand(server, client, expected);
+        expectAnswers(server, client, expected);
     const Footprint before = footprintOf(server.process().pid());
     for (int i = 0; i < 20; ++i)
-        expectOfEveryCommand(server, client, expected);
+        expectAnswers(server, client, expected);
 
     // It comes with a new platform, but it is not looked for any more.
     platform.reset();
     platform = std::make_unique<FakePlatform>();
     answerCommands(*platform);
-    expectOfEveryCommand(server, client, expected);
+    expectAnswers(server, client, expected);
     expectNothingLeftBehind(server.process().pid(), before);
     ASSERT_EQ(client.request("quit"), "0");
     ASSERT_EQ(server.process().wait(), 0);
@@ -397,7 +391,7 @@ TEST_F(FaultComingFacility, AfterTheStartFailsItsCommandsUntilItIsBack)
                     panel->platform->answer(row.member,
                                             replyError("org.freedesktop.DBus.Error.UnknownObject"));
             }
-            expectOfEveryCommand(panel->server, *client, [&](const CommandRow& row) {
+            expectAnswers(panel->server, *client, [&](const CommandRow& row) {
                 return belongs(row) ? answerWithoutPlatform(row) : row.response;
             });
             answerCommands(*panel->platform);
@@ -423,11 +417,11 @@ TEST(FaultModules, WithoutAnyTheirCommandsAnswerMinusTenUntilTheServerIsStartedA
     const auto expected = [](const CommandRow& row) {
         return row.isPlugin() ? "-10" : row.response;
     };
-    expectOfEveryCommand(server, client, expected);
+    expectAnswers(server, client, expected);
     platform.reset();
     platform = std::make_unique<FakePlatform>();
     answerCommands(*platform);
-    expectOfEveryCommand(server, client, expected);
+    expectAnswers(server, client, expected);
     ASSERT_EQ(client.request("quit"), "0");
     ASSERT_EQ(server.process().wait(), 0);
 
@@ -444,7 +438,7 @@ TEST_F(FaultComingFacility, AModuleThatIsPulledOutAnswersZeroUntilItIsBack)
             panel->platform->answer(row.member,
                                     replyError("org.freedesktop.DBus.Error.UnknownObject"));
     }
-    expectOfEveryCommand(panel->server, *client, [](const CommandRow& row) {
+    expectAnswers(panel->server, *client, [](const CommandRow& row) {
         return row.isPlugin() ? answerWithoutPlatform(row) : row.response;
     });
 }

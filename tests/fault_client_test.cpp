@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <future>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -17,11 +18,6 @@
 namespace
 {
 using Clock = std::chrono::steady_clock;
-
-double millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
 
 /// A request that tells its number to the platform, which answers it.
 std::string numbered(int number) { return "setBuzzerMode;" + std::to_string(number); }
@@ -203,7 +199,7 @@ TEST_F(ClientFault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies
     Client other(serverSocket);
     ASSERT_TRUE(other.send(numbered(0)));
 
-    // It asks until neither side has moved for many an idle sleep.
+    // It asks until neither side has moved for so long that the server is not just short of time.
     const std::string request = std::string(goodRequest) + '\0';
     int sent = 0;
     int unread = 0;
@@ -215,7 +211,7 @@ TEST_F(ClientFault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies
         }
         if (std::exchange(unread, unreadBytes(*client)) != unread)
             moved = Clock::now();
-        return millisecondsSince(moved) > 1000;
+        return millisecondsSince(moved) > 3000;
     }));
     const int answered = unread / static_cast<int>(strlen(goodAnswer) + 1);
     figure("unread answers that find room: " + std::to_string(answered));
@@ -299,6 +295,32 @@ TEST_F(ClientFault, DescriptorsPassedAlongAreNotKept)
     close(ends[0]);
 }
 
+// --- Clients that come before the platform -------------------------------------------------------
+
+TEST(ClientsBeforeTheBus, UseUpTheDescriptorsAndTheLastOneIsServedOnceThereIsAPlatform)
+{
+    PrivateBus bus;
+    bus.stop();
+    constexpr int limit = 64;
+    Server server{{"prlimit", "--nofile=" + std::to_string(limit)}};
+    const std::string highest =
+        "/proc/" + std::to_string(server.process().pid()) + "/fd/" + std::to_string(limit - 1);
+    const auto isFull = [&] { return std::filesystem::is_symlink(highest); };
+    // So many that each descriptor has been a client's, or until none is left for anything else.
+    std::unique_ptr<Client> last;
+    for (int i = 0; i < 2 * limit && !isFull(); ++i) {
+        last = std::make_unique<Client>(serverSocket);
+        ASSERT_EQ(last->request(goodRequest), "-1") << i;
+    }
+
+    bus.start();
+    FakePlatform platform;
+    platform.answer("Backlight.getBrightness", replyWith("i", 75));
+    EXPECT_TRUE(waitUntil([&] { return last->request(goodRequest) == goodAnswer; }));
+    last->disconnect();
+    expectGoodEnd(server);
+}
+
 // --- A server that is killed ---------------------------------------------------------------------
 
 void killServer(Server& server)
@@ -334,7 +356,20 @@ TEST_F(ClientFault, AFirstRequestWithoutNulEndsAtItsLastByte)
 }
 
 // On a loaded machine a single measurement tells nothing about the program, so the best of a few
-// counts.
+// counts. A sanitized program is slower anyway.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool timeCounts = false;
+#else
+constexpr bool timeCounts = true;
+#endif
+
+void expectWithin(double bound, double milliseconds)
+{
+    figure("milliseconds to a good answer: " + std::to_string(milliseconds));
+    if (timeCounts) {
+        EXPECT_LE(milliseconds, bound);
+    }
+}
 
 TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
 {
@@ -347,15 +382,15 @@ TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
         EXPECT_EQ(server.process().output(), "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
                                              "unlink returned 0\n");
     }
-    figure("milliseconds from the start to a good answer: " + std::to_string(best));
-    EXPECT_LE(best, 1000);
+    expectWithin(1000, best);
 }
 
-TEST_F(ClientFault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThat)
+TEST_F(ClientFault,
+       KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThatAndWhatTheLookTakes)
 {
     // The platform comes right after the server has looked for it: it looks again in a second.
     constexpr double period = 1000;
-    constexpr double adoption = 100;
+    constexpr double look = 500; // some twenty introspections
     double best = 1e9;
     for (int i = 0; i < 3; ++i) {
         ASSERT_NO_FATAL_FAILURE(killServer(server));
@@ -369,7 +404,6 @@ TEST_F(ClientFault, KilledAndStartedAgainBeforeThePlatformItServesWithinASecondO
         if (i == 0)
             remember(); // a server that had to wait keeps its first connection to the bus
     }
-    figure("milliseconds from the platform's coming to a good answer: " + std::to_string(best));
-    EXPECT_LE(best, period + adoption);
+    expectWithin(period + look, best);
 }
 } // namespace

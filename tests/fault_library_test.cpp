@@ -4,7 +4,7 @@
 
 #include "wrapper_ovik/ovik_c.h"
 
-#include "tests/support/footprint.h"
+#include "tests/support/fault_fixture.h"
 #include "tests/support/qt_fixture.h"
 
 #include <gtest/gtest.h>
@@ -111,14 +111,7 @@ protected:
         const Footprint before = footprintOf(getpid());
         for (int i = 0; i < measuredTimes && !HasFailure(); ++i)
             fault();
-        Footprint now;
-        EXPECT_TRUE(
-            waitUntil([&] { return isBackAt(before, now = footprintOf(getpid()), memorySlack); },
-                      patienceFactor * 5s))
-            << "before: " << before << "\nnow: " << now;
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        std::cout << "[figure] " << test->name() << ", " << measuredTimes << " times: " << before
-                  << " -> " << now << std::endl;
+        expectNothingLeftBehind(getpid(), before, memorySlack);
     }
 
     PrivateBus& bus = theBus(); // for the parts of the application that look at one

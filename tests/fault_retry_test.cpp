@@ -3,14 +3,14 @@
 
 #include "dbus_ovik/OVIKInterfaceDbus.h"
 
-#include "tests/support/footprint.h"
+#include "tests/support/fault_fixture.h"
 #include "tests/support/qt_fixture.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 
-#include <iostream>
+#include <sstream>
 #include <unistd.h>
 
 namespace
@@ -48,8 +48,9 @@ protected:
             return isBackAt(before, now = footprintOf(getpid()), memorySlack);
         })) << "before: "
             << before << "\nnow: " << now;
-        std::cout << "[figure] " << measuredTries << " tries: " << before << " -> " << now
-                  << std::endl;
+        std::ostringstream text;
+        text << measuredTries << " tries: " << before << " -> " << now;
+        figure(text.str());
     }
 
     int argc = 1;

@@ -4,7 +4,7 @@
 #include "local_ovik/OVIKInterfaceLocal.h"
 #include "wrapper_ovik/ovik_c.h"
 
-#include "tests/support/footprint.h"
+#include "tests/support/fault_fixture.h"
 #include "tests/support/qt_fixture.h"
 
 #include <gtest/gtest.h>
@@ -53,8 +53,7 @@ TEST(WithoutLibrary, TriesAgainAndAgainLeaveNothingBehind)
     tryOften(20);
     const Footprint before = footprintOf(getpid());
     tryOften(200);
-    const Footprint now = footprintOf(getpid());
-    EXPECT_TRUE(isBackAt(before, now, 96)) << "before: " << before << "\nnow: " << now;
+    expectNothingLeftBehind(getpid(), before, 96);
 }
 
 TEST(WithoutLibrary, TheApplicationGoesOnWithoutABackend)

@@ -17,11 +17,6 @@ namespace
 {
 using Clock = std::chrono::steady_clock;
 
-double millisecondsSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
 bool socketFileExists()
 {
     struct stat ignored;

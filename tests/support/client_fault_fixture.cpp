@@ -40,6 +40,7 @@ void ClientFault::TearDown()
     ASSERT_TRUE(server.process().running()) << server.process().errors();
     EXPECT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
     expectNothingLeftBehind(server.process().pid(), m_before);
+    expectGoodEnd(server);
 }
 
 void ClientFault::remember()

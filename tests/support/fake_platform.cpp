@@ -3,6 +3,7 @@
 #include "tests/support/process.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <poll.h>
 #include <sstream>
 #include <stdexcept>
@@ -168,6 +169,14 @@ Reply replyEcho()
             check(sd_bus_message_copy(reply, call, true), "copy");
         })(call);
     };
+}
+
+int appendDescriptor(sd_bus_message* message)
+{
+    const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
+    const int result = sd_bus_message_append(message, "h", fd); // takes a copy
+    close(fd);
+    return result;
 }
 
 Reply replyError(const std::string& name)

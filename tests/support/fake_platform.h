@@ -39,6 +39,8 @@ Reply replyEcho();
 Reply replyError(const std::string& name);
 /// No reply, ever.
 Reply silence();
+/// Appends a descriptor of its own, of /dev/null.
+int appendDescriptor(sd_bus_message* message);
 
 /**
  * The platform's service, made by hand on the bus and without Qt, so that what the product sends is

@@ -51,13 +51,19 @@ void expectNothingLeftBehind(pid_t pid, const Footprint& before, long memorySlac
             now = footprintOf(pid);
             return isBackAt(before, now, memorySlack);
         },
-        5s);
+        patienceFactor * 5s);
     EXPECT_TRUE(isBack) << "before: " << before << "\nnow: " << now;
 
     std::ostringstream text;
     text << std::showpos << now.descriptors - before.descriptors << " descriptors, "
          << now.threads - before.threads << " threads, " << now.memory - before.memory << " KiB";
     figure(text.str());
+}
+
+void expectGoodEnd(Server& server)
+{
+    EXPECT_EQ(Client(serverSocket).request("quit"), "0");
+    EXPECT_EQ(server.process().wait(), 0) << server.process().errors();
 }
 
 std::unique_ptr<FaultPanel> FaultTest::panel;
@@ -70,7 +76,12 @@ void FaultTest::SetUpTestSuite()
         expectEveryCommandWorks(client);
 }
 
-void FaultTest::TearDownTestSuite() { panel.reset(); }
+void FaultTest::TearDownTestSuite()
+{
+    if (panel)
+        expectGoodEnd(panel->server);
+    panel.reset();
+}
 
 void FaultTest::SetUp()
 {

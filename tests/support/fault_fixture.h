@@ -40,6 +40,10 @@ void figure(const std::string& text);
 /// Fails unless @p pid gets back to what it held @p before. Prints what is left as a figure.
 void expectNothingLeftBehind(pid_t pid, const Footprint& before, long memorySlack = usualSlack);
 
+/// Ends the server as a client does, which is when a sanitized one tells what it has leaked. No
+/// other client may be connected.
+void expectGoodEnd(Server& server);
+
 /**
  * One panel for all tests of a suite. Whatever a test does to its platform, after it the server
  * must still run, answer every command rightly and hold no more than before.

@@ -15,6 +15,8 @@ public:
 
     /// Ends the daemon; the address stays.
     void stop() { m_daemon.reset(); }
+    /// Sends the daemon a signal, such as the one that freezes it.
+    void signal(int number) { m_daemon->signal(number); }
     /// Starts the daemon again, at the same address.
     void start();
 

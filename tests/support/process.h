@@ -19,6 +19,8 @@ constexpr std::chrono::milliseconds patience = patienceFactor * 20s;
 /// Polls @p condition until it holds; false when it does not within @p bound.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound = patience);
 
+double millisecondsSince(std::chrono::steady_clock::time_point start);
+
 /// A directory of its own under /tmp, removed with everything in it.
 class TempDir
 {
