@@ -79,6 +79,18 @@ private:
     int m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
 };
 
+/// Starts a platform and fails unless it is found soon.
+void expectAPlatformIsFound(Client& client)
+{
+    FakePlatform platform;
+    answerCommands(platform);
+    const auto start = Clock::now();
+    ASSERT_TRUE(waitUntil([&] { return client.request("getBrightness") == "0 75"; }));
+    EXPECT_LT(millisecondsSince(start), 5000) << "a second and the adoption";
+    figure("milliseconds until it was found: " + std::to_string(millisecondsSince(start)));
+    expectEveryCommandWorks(client);
+}
+
 TEST(FaultBus, TriesOnABusThatHangsUpLeaveNothingBehind)
 {
     HangingUpBus bus;
@@ -114,13 +126,7 @@ TEST(FaultBus, TriesOnABusWithoutThePlatformLeaveNothingBehindAndOneFindsIt)
     waitForTries(firstTries + measuredTries);
     expectNothingLeftBehind(server.process().pid(), before);
 
-    FakePlatform platform;
-    answerCommands(platform);
-    const auto start = Clock::now();
-    ASSERT_TRUE(waitUntil([&] { return client.request("getBrightness") == "0 75"; }));
-    EXPECT_LT(millisecondsSince(start), 5000) << "a second and the adoption";
-    figure("milliseconds until it was found: " + std::to_string(millisecondsSince(start)));
-    expectEveryCommandWorks(client);
+    expectAPlatformIsFound(client);
 }
 
 TEST(FaultBus, ABusAndAPlatformThatComeLaterAreFoundWithinTheNextTry)
@@ -132,13 +138,7 @@ TEST(FaultBus, ABusAndAPlatformThatComeLaterAreFoundWithinTheNextTry)
     expectAnswers(server, client, answerBeforePlatform);
 
     bus.start();
-    FakePlatform platform;
-    answerCommands(platform);
-    const auto start = Clock::now();
-    ASSERT_TRUE(waitUntil([&] { return client.request("getBrightness") == "0 75"; }));
-    EXPECT_LT(millisecondsSince(start), 5000) << "a second and the adoption";
-    figure("milliseconds until it was found: " + std::to_string(millisecondsSince(start)));
-    expectEveryCommandWorks(client);
+    expectAPlatformIsFound(client);
 }
 
 // --- The bus dies --------------------------------------------------------------------------------
