@@ -128,16 +128,22 @@ void commandsByOthers(Scene& s)
     s.traffic.request("serviceCommand;wifi;scan;{}");
 }
 
-/// The panel goes while the service waits for the outcome of a scan; that of another command, to
-/// the next panel, ends the wait.
-void panelGoesDuringScan(Scene& s)
+/// A panel on which a scan takes @p scanDelay milliseconds, in place of the one there was.
+void startSlowPanel(Scene& s, int scanDelay)
 {
     PanelOptions slow = whole(s.random);
-    slow.scanDelay = 400;
+    slow.scanDelay = scanDelay;
     s.panel.kill();
     s.panel.gone();
     s.panel.start(slow);
     s.traffic.settle();
+}
+
+/// The panel goes while the service waits for the outcome of a scan; that of another command, to
+/// the next panel, ends the wait.
+void panelGoesDuringScan(Scene& s)
+{
+    startSlowPanel(s, 400);
 
     const std::string scan = std::string("serviceCommand;wifi;scan;lost") + '\0';
     Client client(serverSocket);
@@ -191,12 +197,7 @@ void panelFreezesForLong(Scene& s)
 
 void scanTimesOut(Scene& s)
 {
-    PanelOptions slow = whole(s.random);
-    slow.scanDelay = 5000;
-    s.panel.kill();
-    s.panel.gone();
-    s.panel.start(slow);
-    s.traffic.settle();
+    startSlowPanel(s, 5000);
     const std::string scan = std::string("serviceCommand;wifi;scan;never") + '\0';
     Client client(serverSocket);
     const auto sent = Clock::now();
