@@ -10,6 +10,7 @@
 #include <future>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -87,6 +88,19 @@ TEST_F(ClientFault, TenThousandClientsInTurnAreAllServed)
         clients.pop_front();
     }
     EXPECT_EQ(platform.takeCalls(), callsOf(0, all));
+}
+
+TEST_F(ClientFault, TheNextClientIsServedWhenNoDescriptorIsLeftAtAll)
+{
+    const pid_t pid = server.process().pid();
+    for (int i = 0; i < 20; ++i)
+        ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
+    rlimit before = {};
+    ASSERT_EQ(prlimit(pid, RLIMIT_NOFILE, nullptr, &before), 0);
+    const rlimit none = {20, before.rlim_max}; // fewer than are open
+    ASSERT_EQ(prlimit(pid, RLIMIT_NOFILE, &none, nullptr), 0);
+    EXPECT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
+    ASSERT_EQ(prlimit(pid, RLIMIT_NOFILE, &before, nullptr), 0);
 }
 
 TEST_F(ClientFault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
