@@ -1,263 +1,62 @@
 #include "ovik_server/command_table.h"
 
-#include "ovik_server/ovik_server.h"
-#include "ovik_server/service_command.h"
-
 #include <algorithm>
 
 namespace
 {
-/// Scratch for text results.
-char str[10000];
-constexpr int parameterSize = 100;
-constexpr int moduleNameSize = 5;
-
-/// The longest EEPROM read that is tried; far more than an answer can hold.
-constexpr int maxReadLength = 65535;
-
-/// The mode in which a plug-in point may be set.
-constexpr int settableMode = 2;
-
-// The C API leaves a text that fills its buffer without a NUL, so it is terminated here.
-
-status_t inScratch(status_t status, Result& out)
+constexpr Argument number(const char* name, const char* example, const char* meaning)
 {
-    str[sizeof str - 1] = 0;
-    out.text = str;
-    return status;
+    return {name, ArgumentKind::Number, example, meaning};
 }
 
-// --- One line per form of C function: which fields it is given, and where its answer goes ---
-
-status_t call(status_t (*f)(int*), const Fields&, Result& out) { return f(&out.value); }
-
-status_t call(status_t (*f)(int, int*), const Fields& in, Result& out)
+constexpr Argument text(const char* name, const char* example, const char* meaning)
 {
-    return f(in.number(1), &out.value);
+    return {name, ArgumentKind::Text, example, meaning};
 }
 
-status_t call(status_t (*f)(const char*, int*), const Fields& in, Result& out)
+constexpr Argument secret(const char* name, const char* example, const char* meaning)
 {
-    return f(in.text(1).constData(), &out.value);
+    return {name, ArgumentKind::Text, example, meaning, true};
 }
 
-status_t call(status_t (*f)(const char*, bool*), const Fields& in, Result& out)
+constexpr Argument key(const char* example) { return text("key", example, "the parameter's name"); }
+
+constexpr Argument slot = number("slot", "0", "place in the list of the modules found, from 0");
+constexpr Argument point = number("index", "1", "I/O point or LED of the module");
+constexpr Argument service = text("service", "vnc", "the platform's name of the service");
+
+template <class... Arguments>
+constexpr Command command(const char* errorName, const char* word, Shape shape, const char* answer,
+                          const char* help, Arguments... arguments)
 {
-    bool flag = false;
-    const status_t status = f(in.text(1).constData(), &flag);
-    out.value = flag;
-    return status;
+    return {word, {{arguments...}}, shape, answer, errorName, help};
 }
-
-status_t call(status_t (*f)(const char*, const char*, int*), const Fields& in, Result& out)
-{
-    return f(in.text(1).constData(), in.text(2).constData(), &out.value);
-}
-
-status_t call(status_t (*f)(uint64_t*), const Fields&, Result& out) { return f(&out.size); }
-
-status_t call(status_t (*f)(char*, int), const Fields&, Result& out)
-{
-    return inScratch(f(str, sizeof str), out);
-}
-
-status_t call(status_t (*f)(const char*, char*, int), const Fields& in, Result& out)
-{
-    return inScratch(f(in.text(1).constData(), str, sizeof str), out);
-}
-
-status_t call(status_t (*f)(unsigned int, unsigned int, int*), const Fields& in, Result& out)
-{
-    return f(in.unsignedNumber(1), in.unsignedNumber(2), &out.value);
-}
-
-status_t call(status_t (*f)(unsigned int, unsigned int, int, int*), const Fields& in, Result& out)
-{
-    return f(in.unsignedNumber(1), in.unsignedNumber(2), in.number(3), &out.value);
-}
-
-status_t call(status_t (*f)(unsigned int, unsigned int, unsigned int, int*), const Fields& in,
-              Result& out)
-{
-    return f(in.unsignedNumber(1), in.unsignedNumber(2), in.unsignedNumber(3), &out.value);
-}
-
-status_t call(status_t (*f)(unsigned int, unsigned int, int, int, int*), const Fields& in,
-              Result& out)
-{
-    return f(in.unsignedNumber(1), in.unsignedNumber(2), in.number(3), in.number(4), &out.value);
-}
-
-// --- What a row of the table calls ---
-
-/// A C function of one of the forms above.
-template <auto function>
-status_t plain(OvikServer&, const Fields& in, Result& out)
-{
-    return call(function, in, out);
-}
-
-/// A write to a plug-in point, made only if @p modeQuery says that the point may be set.
-template <auto modeQuery, auto write>
-status_t guarded(OvikServer&, const Fields& in, Result& out)
-{
-    int mode = 0;
-    const status_t status = modeQuery(in.unsignedNumber(1), in.unsignedNumber(2), &mode);
-    if (status != OVIK_OK)
-        return status;
-    return mode == settableMode ? call(write, in, out) : OVIK_WRONG_MODE;
-}
-
-/// A parameter is a short text: its buffer is a hundred bytes.
-template <auto function>
-status_t parameter(OvikServer&, const Fields& in, Result& out)
-{
-    const status_t status = function(in.text(1).constData(), str, parameterSize);
-    str[parameterSize - 1] = 0;
-    out.text = str;
-    return status;
-}
-
-/// An EEPROM read of @p length bytes, done by @p read.
-template <class Read>
-status_t readBytes(int length, Result& out, Read read)
-{
-    if (length < 0 || length > maxReadLength)
-        return OVIK_NO_APPLICATION; // the status of memory that cannot be had
-    // One byte at least, as malloc may answer null to a length of 0.
-    out.bytes.reset(static_cast<unsigned char*>(malloc(static_cast<size_t>(std::max(length, 1)))));
-    if (!out.bytes)
-        return OVIK_NO_APPLICATION;
-    out.byteCount = length;
-    return read(out.bytes.get());
-}
-
-status_t seepromRead(OvikServer&, const Fields& in, Result& out)
-{
-    const int offset = in.number(1);
-    const int length = in.number(2);
-    return readBytes(length, out,
-                     [&](unsigned char* data) { return ovik_seepromRead(offset, length, data); });
-}
-
-status_t seepromReadSlave(OvikServer&, const Fields& in, Result& out)
-{
-    const int slaveAddress = in.number(1);
-    const int offset = in.number(2);
-    const int length = in.number(3);
-    return readBytes(length, out, [&](unsigned char* data) {
-        return ovik_seepromReadSlave(slaveAddress, offset, length, data);
-    });
-}
-
-status_t systemInfo(OvikServer&, const Fields&, Result& out)
-{
-    const status_t status =
-        ovik_getSystemInfo(str, moduleNameSize, &out.hwCode, &out.manufactureCode);
-    str[moduleNameSize] = 0; // a name of full length has no NUL of its own
-    out.text = str;
-    return status;
-}
-
-// An I/O point's value travels to and from the C API as one digit.
-
-status_t readPoint(OvikServer&, const Fields& in, Result& out)
-{
-    unsigned char digit = 0;
-    const status_t status =
-        ovik_getHWPluginIO(in.unsignedNumber(1), in.unsignedNumber(2), &digit, 1);
-    out.value = digit - '0';
-    return status;
-}
-
-status_t writePoint(unsigned int slot, unsigned int index, unsigned int value, int* pResp)
-{
-    auto digit = static_cast<unsigned char>('0' + value);
-    return ovik_setHWPluginIO(slot, index, &digit, 1, pResp);
-}
-
-status_t quit(OvikServer& server, const Fields&, Result&)
-{
-    server.quit();
-    return OVIK_OK;
-}
-
-constexpr Argument number(const char* name) { return {name, ArgumentKind::Number}; }
-constexpr Argument text(const char* name) { return {name, ArgumentKind::Text}; }
-constexpr Argument slot = number("slot");
-constexpr Argument point = number("index");
-constexpr Argument service = text("service");
-
-constexpr auto ioMode = ovik_getHWPluginIOMode;
-constexpr auto ledMode = ovik_getHWPluginLedMode;
 } // namespace
 
-// clang-format off
 const std::array<Command, 47> commandTable = {{
-    // word                          arguments                                    answer             name in the error line          call
-    {"quit",                         {},                                          Shape::Status,     "quit",                         quit},
-    {"getAvailableMemory",           {},                                          Shape::Size,       "getAvailableMemory",           plain<ovik_getAvailableMemory>},
-    {"getSysCounter",                {},                                          Shape::Unsigned,   "getSysCounter",                plain<ovik_getSysCounter>},
-    {"getBacklightCounter",          {},                                          Shape::Unsigned,   "getBacklightCounter",          plain<ovik_getBackLightCounter>},
-    {"getBrightness",                {},                                          Shape::Unsigned,   "getBrightness",                plain<ovik_getBrightness>},
-    {"saveBrightness",               {number("value")},                           Shape::Unsigned,   "saveBrightness",               plain<ovik_saveBrightness>},
-    {"getBuzzerMode",                {},                                          Shape::Unsigned,   "getBuzzerMode",                plain<ovik_getBuzzerMode>},
-    {"setBuzzerMode",                {number("mode")},                            Shape::Unsigned,   "setBuzzerMode",                plain<ovik_setBuzzerMode>},
-    {"setBuzzerUserControl",         {number("control")},                         Shape::Unsigned,   "setBuzzerUserControl",         plain<ovik_setBuzzerUserControl>},
-    {"setBuzzerOnTime",              {number("time")},                            Shape::Unsigned,   "setBuzzerOnTime",              plain<ovik_setBuzzerOnTime>},
-    {"setBuzzerOffTime",             {number("time")},                            Shape::Unsigned,   "setBuzzerOffTime",             plain<ovik_setBuzzerOffTime>},
-    {"getSystemInfo",                {},                                          Shape::SystemInfo, "getSystemInfo",                systemInfo},
-    {"getStorageInfoJson",           {text("name")},                              Shape::Text,       "getStorageInfo",               plain<ovik_getStorageInfoJson>},
-    {"getNetworkConfigJson",         {},                                          Shape::Text,       "getNetworkConfigJson",         plain<ovik_getNetworkConfigJson>},
-    {"setInterfaceConfigJson",       {text("interface"), text("config")},         Shape::Signed,     "setInterfaceConfigJson",       plain<ovik_setInterfaceConfigJson>},
-    {"applyNewConfiguration",        {},                                          Shape::Signed,     "applyNewConfiguration",        plain<ovik_applyNewConfiguration>},
-    {"mainOsVersion",                {},                                          Shape::Text,       "mainOsVersion",                plain<ovik_mainOsVersion>},
-    {"seepromRead",                  {number("offset"), number("length")},        Shape::Bytes,      "seepromRead",                  seepromRead},
-    {"seepromReadSlave",             {number("slaveAddress"), number("offset"), number("length")},
-                                                                                  Shape::Bytes,      "seepromRead",                  seepromReadSlave},
-    {"getVolatileParameter",         {text("key")},                               Shape::Text,       "getVolatileParameter",         parameter<ovik_getVolatileParameter>},
-    {"getSystemParameter",           {text("key")},                               Shape::Text,       "getSystemParameter",           parameter<ovik_getSystemParameter>},
-    {"getAllVolatileParametersJson", {},                                          Shape::Text,       "getAllVolatileParametersJson", plain<ovik_getAllVolatileParametersJson>},
-    {"getAllSystemParametersJson",   {},                                          Shape::Text,       "getAllSystemParametersJson",   plain<ovik_getAllSystemParametersJson>},
-    {"setVolatileParameter",         {text("key"), text("value")},                Shape::Signed,     "setVolatileParameter",         plain<ovik_setVolatileParameter>},
-    {"setSystemParameter",           {text("key"), text("value")},                Shape::Signed,     "setSystemParameter",           plain<ovik_setSystemParameter>},
-    {"setSystemParametersJson",      {text("key"), text("json")},                 Shape::Signed,     "setSystemParametersJson",      plain<ovik_setSystemParametersJson>},
-    {"getHWPluginIoMode",            {slot, point},                               Shape::Signed,     "getHWPluginIoMode",            plain<ovik_getHWPluginIOMode>},
-    {"getHWPluginIO",                {slot, point},                               Shape::Signed,     "getHWPluginIO",                readPoint},
-    {"setHWPluginIO",                {slot, point, number("value")},              Shape::Signed,     "setHWPluginIO",                guarded<ioMode, writePoint>},
-    {"getHWPluginLedMode",           {slot, point},                               Shape::Signed,     "getHWPluginLedMode",           plain<ovik_getHWPluginLedMode>},
-    {"setHWPluginLedUserControl",    {slot, point, number("control")},            Shape::Signed,     "setHWPluginLedUserControl",    guarded<ledMode, ovik_setHWPluginLedUserControl>},
-    {"setHWPluginLedValue",          {slot, point, number("value")},              Shape::Signed,     "setHWPluginLedValue",          guarded<ledMode, ovik_setHWPluginLedValue>},
-    {"setHWPluginLedOnTime",         {slot, point, number("onTime")},             Shape::Signed,     "setHWPluginLedOnTime",         guarded<ledMode, ovik_setHWPluginLedOnTime>},
-    {"setHWPluginLedOffTime",        {slot, point, number("offTime")},            Shape::Signed,     "setHWPluginLedOffTime",        guarded<ledMode, ovik_setHWPluginLedOffTime>},
-    {"setHWPluginLedFlash",          {slot, point, number("time")},               Shape::Signed,     "setHWPluginLedFlash",          guarded<ledMode, ovik_setHWPluginLedFlash>},
-    {"setHWPluginLedBlink",          {slot, point, number("onTime"), number("offTime")},
-                                                                                  Shape::Signed,     "setHWPluginLedBlink",          guarded<ledMode, ovik_setHWPluginLedBlink>},
-    {"serviceStart",                 {service},                                   Shape::Signed,     "serviceStart",                 plain<ovik_serviceStart>},
-    {"serviceStop",                  {service},                                   Shape::Signed,     "serviceStop",                  plain<ovik_serviceStop>},
-    {"serviceRestart",               {service},                                   Shape::Signed,     "serviceRestart",               plain<ovik_serviceRestart>},
-    {"serviceReload",                {service},                                   Shape::Signed,     "serviceReload",                plain<ovik_serviceReload>},
-    {"serviceEnable",                {service},                                   Shape::Signed,     "serviceEnable",                plain<ovik_serviceEnable>},
-    {"serviceDisable",               {service},                                   Shape::Signed,     "serviceDisable",               plain<ovik_serviceDisable>},
-    {"serviceEnabled",               {service},                                   Shape::Signed,     "serviceEnabled",               plain<ovik_serviceEnabled>},
-    {"serviceApply",                 {service},                                   Shape::Signed,     "serviceApply",                 plain<ovik_serviceApply>},
-    {"serviceControlled",            {service},                                   Shape::Signed,     "serviceControlled",            plain<ovik_serviceControlled>},
-    {"serviceState",                 {service},                                   Shape::Signed,     "serviceState",                 plain<ovik_serviceState>},
-    {"serviceCommand",               {service, text("command"), text("options")}, Shape::Outcome,    "serviceCommand",               serviceCommand},
+#define COMMAND_LOGGED_AS(name, word, shape, answer, call, ...)                                    \
+    command(name, #word, Shape::shape, answer, __VA_ARGS__),
+#define COMMAND(word, ...) COMMAND_LOGGED_AS(#word, word, __VA_ARGS__)
+#include "ovik_server/commands.def"
 }};
-// clang-format on
 
 int Command::argumentCount() const
 {
     return static_cast<int>(
-        std::count_if(arguments.begin(), arguments.end(),
-                      [](const Argument& argument) { return argument.name != nullptr; }));
+        std::count_if(arguments.begin(), arguments.end(), [](const Argument& argument) {
+            return argument.kind != ArgumentKind::None;
+        }));
 }
 
-const Command* findCommand(const QString& word)
+bool Command::hasSecret() const
 {
-    const auto found =
-        std::find_if(commandTable.begin(), commandTable.end(),
-                     [&](const Command& row) { return word == QLatin1String(row.word); });
+    return std::any_of(arguments.begin(), arguments.end(),
+                       [](const Argument& argument) { return argument.isSecret; });
+}
+
+const Command* findCommand(std::string_view word)
+{
+    const auto found = std::find_if(commandTable.begin(), commandTable.end(),
+                                    [&](const Command& row) { return word == row.word; });
     return found == commandTable.end() ? nullptr : &*found;
 }

@@ -11,7 +11,7 @@ public:
     explicit Fields(const QString& request) : m_fields(request.split(QLatin1Char(';'))) {}
 
     int count() const { return m_fields.size(); }
-    QString word() const { return m_fields.first(); }
+    QByteArray word() const { return text(0); }
 
     /// What is not a number, or does not fit into an int, reads as 0.
     int number(int field) const { return m_fields.at(field).toInt(); }

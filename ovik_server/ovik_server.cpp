@@ -1,6 +1,6 @@
 #include "ovik_server/ovik_server.h"
 
-#include "ovik_server/command_table.h"
+#include "ovik_server/command_calls.h"
 
 #include <cstdio>
 #include <cstring>
@@ -66,13 +66,13 @@ void logFailure(const char* name, status_t status)
 
 void answer(OvikServer& server, const Fields& fields)
 {
-    const Command* const command = findCommand(fields.word());
+    const Command* const command = findCommand(fields.word().constData());
     if (!command || fields.count() <= command->argumentCount()) {
         writeFailure(OVIK_NOT_RUN);
         return;
     }
     Result result;
-    const status_t status = command->call(server, fields, result);
+    const status_t status = callOf(*command)(server, fields, result);
     if (status == OVIK_OK) {
         writeSuccess(command->shape, result);
     } else {
