@@ -86,7 +86,7 @@ static bool bound_connect(int sock, int ms)
 {
     if (ms == 0)
         return fcntl(sock, F_SETFL, O_NONBLOCK) != -1;
-    const struct timeval bound = {.tv_sec = ms / 1000, .tv_usec = ms % 1000 * 1000};
+    const struct timeval bound = {.tv_sec = ms / 1000, .tv_usec = ms % 1000 * 1000L};
     return ms < 0 || setsockopt(sock, SOL_SOCKET, SO_SNDTIMEO, &bound, sizeof bound) != -1;
 }
 

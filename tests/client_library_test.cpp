@@ -14,11 +14,10 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <poll.h>
+#include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace
@@ -195,17 +194,10 @@ TEST(ClientOpen, ASocketOfOthersIsNotPermitted)
 {
     const ScriptedPeer peer([](ScriptedPeer&) {});
     ASSERT_EQ(chmod(peer.path().c_str(), 0), 0);
-    // Root may use any socket, so this is asked by nobody.
-    const pid_t child = fork();
-    if (child == 0) {
-        if (geteuid() == 0 && setuid(65534) != 0)
-            _exit(100);
-        ovik_client* client;
-        _exit(ovik_client_open(&client, peer.path().c_str(), 0));
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(WEXITSTATUS(status), OVIK_CLIENT_NO_PERMISSION);
+    // Root may use any socket: for this it is nobody. For others nothing changes.
+    const int self = setfsuid(65534);
+    EXPECT_EQ(Place().open(peer.path()), OVIK_CLIENT_NO_PERMISSION);
+    setfsuid(static_cast<uid_t>(self));
 }
 
 TEST(ClientOpen, WithoutADescriptorItIsAnErrorOfTheSystem)
