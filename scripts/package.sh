@@ -43,9 +43,11 @@ build "$preset"
 [ "$preset" != package-armhf ] || record_sysroot
 
 say "packaging into dist"
-# Packages of another architecture stay.
 quietly cpack --config "$build_dir/CPackConfig.cmake" -B "$build_dir/packages" ||
     die "cannot package, see above"
 mkdir -p dist
+# Nothing of earlier packages stays, but those of another architecture do.
+made=("$build_dir"/packages/*.deb)
+rm -f dist/*_"${made[0]##*_}"
 mv "$build_dir"/packages/*.deb dist/
 ls dist/*.deb
