@@ -149,7 +149,9 @@ is_refused() { { asks_as "$1" 2>&1 || true; } | grep "may not use"; }
 nothing_runs() { ! within sh -c 'grep ovik /proc/[0-9]*/comm'; }
 nothing_is_left() { ! within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print | grep .; }
 
-lintian_is_quiet() { ! lintian --allow-root --pedantic dist/*.deb 2>&1 | grep .; }
+lintian_is_quiet() {
+    ! lintian --allow-root --pedantic dist/*_"$(dpkg --print-architecture)".deb 2>&1 | grep .
+}
 
 packages_are_made() {
     check "nothing to remark" lintian_is_quiet
