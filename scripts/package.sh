@@ -7,7 +7,11 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . scripts/setup.sh
 
 preset=${1:-package}
-build_dir=build-$preset
+case $preset in
+package) build_dir=build-release ;;
+package-armhf) build_dir=build-armhf ;;
+*) die "usage: $0 [package|package-armhf]" ;;
+esac
 sysroot=$PWD/build-armhf/sysroot
 archives=build-armhf/apt/cache/archives
 
