@@ -24,7 +24,9 @@ check() {
     }
 }
 
-lintian_is_quiet() { ! lintian --allow-root --pedantic dist/*_armhf.deb 2>&1 | grep .; }
+lintian_is_quiet() {
+    lintian --allow-root --pedantic --fail-on error,warning,pedantic dist/*_armhf.deb
+}
 
 # describe ARCHITECTURE: what its packages say and hold, but for what the machine decides: the sizes,
 # the versions of the libraries, and their folder's name.

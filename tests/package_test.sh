@@ -105,7 +105,7 @@ root=''
 clean_up() {
     [ -z "$unshare" ] || kill -KILL "$unshare" 2>/dev/null || true
     [ -z "$unshare" ] || wait "$unshare" 2>/dev/null || true
-    [ -z "$root" ] || rm -rf "$root" "$root.log" "$root.console"
+    [ -z "$root" ] || rm -rf "$root" "$root".{log,console,found}
 }
 trap clean_up EXIT
 trap 'exit 130' INT
@@ -146,11 +146,19 @@ no_socket() { ! within test -e /tmp/ovik_server.socket; }
 asks_as() { within setpriv --reuid=nobody --regid="$1" --clear-groups ovik_request getBrightness; }
 is_refused() { { asks_as "$1" 2>&1 || true; } | grep "may not use"; }
 
-nothing_runs() { ! within sh -c 'grep ovik /proc/[0-9]*/comm'; }
-nothing_is_left() { ! within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print | grep .; }
+# finds_nothing COMMAND...: it succeeds and prints nothing.
+finds_nothing() { "$@" >"$root.found" && cat "$root.found" && [ ! -s "$root.found" ]; }
+# Processes come and go while it looks.
+nothing_runs() {
+    finds_nothing within sh -c '{ cat /proc/[0-9]*/comm 2>/dev/null || true; } | sed /ovik/!d'
+}
+nothing_is_left() {
+    finds_nothing within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print
+}
 
 lintian_is_quiet() {
-    ! lintian --allow-root --pedantic dist/*_"$(dpkg --print-architecture)".deb 2>&1 | grep .
+    lintian --allow-root --pedantic --fail-on error,warning,pedantic \
+        dist/*_"$(dpkg --print-architecture)".deb
 }
 
 packages_are_made() {
