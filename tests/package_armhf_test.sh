@@ -57,8 +57,8 @@ unpack() {
         dpkg-deb --extract "$package" "$dir/root"
     done
     # run.sh takes its programs from the bin folder of a build.
-    for program in sbin/ovik_server bin/ovik_panel_sim bin/ovik_request; do
-        printf '#!/bin/sh\nexec qemu-arm -L %q %q "$@"\n' "$sysroot" "$dir/root/usr/$program" \
+    for program in "$dir"/root/usr/{sbin,bin}/*; do
+        printf '#!/bin/sh\nexec qemu-arm -L %q %q "$@"\n' "$sysroot" "$program" \
             >"$dir/bin/${program##*/}"
         chmod +x "$dir/bin/${program##*/}"
     done
