@@ -157,7 +157,7 @@ packages_are_made() {
 
 installed() {
     local packages
-    mapfile -t packages < <(cd dist && printf '/mnt/%s\n' ovik-*_"$(dpkg --print-architecture)".deb)
+    mapfile -t packages < <(cd dist && printf '/mnt/%s\n' {,lib}ovik-*_"$(dpkg --print-architecture)".deb)
     check "with what they depend on" within apt-get install --yes --no-install-recommends \
         "${packages[@]}"
     [ "$failures" -eq 0 ] || exit 1
@@ -165,9 +165,12 @@ installed() {
     check "runs" is active active
     check "answers that there is no platform" await answers getBrightness -1
     check "runs what was installed" within test "/proc/$(main_pid)/exe" -ef /usr/sbin/ovik_server
-    for page in man8/ovik_server.8 man1/ovik_request.1 man1/ovik_panel_sim.1; do
+    for page in man8/ovik_server.8 man1/ovik_request.1 man1/ovik_panel_sim.1 man3/ovik_client.3; do
         check "has the page $page" within test -s "/usr/share/man/$page.gz"
     done
+    check "has the client library where programs look" within sh -c \
+        'ldconfig -p | grep -q "libovik_client.so.1 "'
+    check "has its header" within test -s /usr/include/ovik/ovik_client.h
     check "has the bus interfaces" within test -s /usr/share/dbus-1/interfaces/com.wenu.OVIK.xml
 }
 
@@ -249,7 +252,7 @@ stopped() {
 removed() {
     within systemctl start ovik_server
     within systemctl stop panel
-    check "are removed" within apt-get purge --yes 'ovik-*'
+    check "are removed" within apt-get purge --yes 'ovik-*' 'libovik-*'
     check "nothing of them runs" nothing_runs
     check "no file is left" nothing_is_left
     check "no socket is left" no_socket
