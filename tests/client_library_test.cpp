@@ -122,7 +122,7 @@ public:
     ~Interruptions()
     {
         set(0);
-        signal(SIGALRM, SIG_DFL);
+        signal(SIGALRM, SIG_IGN); // as one may still be on its way
     }
     Interruptions(const Interruptions&) = delete;
     Interruptions& operator=(const Interruptions&) = delete;
