@@ -90,9 +90,9 @@ void expectEnded(ovik_client* client)
     ovik_client_answer answer = {77, "old", 77};
     ovik_client_progress progress = {99, 99};
     const char* const request = "x";
-    EXPECT_EQ(ovik_client_request(client, request, -1, &answer), OVIK_CLIENT_NOT_CONNECTED);
+    EXPECT_EQ(ovik_client_request(client, request, longEnough, &answer), OVIK_CLIENT_NOT_CONNECTED);
     EXPECT_EQ(answer.status, 77);
-    EXPECT_EQ(ovik_client_batch(client, &request, 1, -1, nullptr, nullptr, &progress),
+    EXPECT_EQ(ovik_client_batch(client, &request, 1, longEnough, nullptr, nullptr, &progress),
               OVIK_CLIENT_NOT_CONNECTED);
     EXPECT_EQ(progress.sent + progress.answered, 0u);
 }
@@ -122,7 +122,7 @@ public:
     ~Interruptions()
     {
         set(0);
-        signal(SIGALRM, SIG_DFL);
+        signal(SIGALRM, SIG_IGN); // as one may still be on its way
     }
     Interruptions(const Interruptions&) = delete;
     Interruptions& operator=(const Interruptions&) = delete;
@@ -329,6 +329,7 @@ const AnswerRow answerRows[] = {
     {"0 " + std::string(longest - 2, 'x') + nul, ok, 0, std::string(longest - 2, 'x')},
     {"0 " + std::string(longest - 1, 'x') + nul, bad},
     {"0 " + std::string(100000, 'x') + nul, bad},
+    {"0 " + std::string(longest - 2, 'x') + nul + "x" + nul, bad}, // whose end is not seen
 };
 
 TEST(ClientRequest, AnAnswerIsAStatusAndATextOrNone)
@@ -440,16 +441,30 @@ TEST(ClientRequest, AnAnswerThatComesLateIsNeverTheNextOnes)
 
 TEST(ClientRequest, AServiceThatClosesIsTold)
 {
+    signal(SIGPIPE, SIG_DFL); // whatever this program was started with
     const std::function<void(ScriptedPeer&)> scripts[] = {
-        [](ScriptedPeer&) {}, // not even accepted
-        [](ScriptedPeer& self) { self.accept(), self.disconnect(); },
         [](ScriptedPeer& self) { self.accept(), self.receive(), self.disconnect(); },
         [](ScriptedPeer& self) { self.accept(), self.receive(), self.send(""); }};
     for (const auto& script : scripts) {
         auto peer = std::make_unique<ScriptedPeer>(script);
         Client client(peer->path());
         auto end = std::async(std::launch::async, [&] { peer.reset(); });
-        EXPECT_EQ(client.request("a"), OVIK_CLIENT_CLOSED); // and no SIGPIPE
+        EXPECT_EQ(client.request("a"), OVIK_CLIENT_CLOSED);
+        expectEnded(client.client);
+    }
+}
+
+TEST(ClientRequest, AServiceThatHasClosedBeforeIsTold)
+{
+    signal(SIGPIPE, SIG_DFL);
+    const std::function<void(ScriptedPeer&)> scripts[] = {
+        [](ScriptedPeer&) {}, // it was not even accepted
+        [](ScriptedPeer& self) { self.accept(), self.disconnect(); }};
+    for (const auto& script : scripts) {
+        auto peer = std::make_unique<ScriptedPeer>(script);
+        Client client(peer->path());
+        peer.reset();
+        EXPECT_EQ(client.request("a"), OVIK_CLIENT_CLOSED);
         expectEnded(client.client);
     }
 }

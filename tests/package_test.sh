@@ -182,6 +182,9 @@ installed() {
     done
     check "names its page" has_property Documentation '.*man:ovik_server(8).*'
     check "starts after the bus" has_property After '.*\<dbus.service\>.*'
+    check "has the client library where programs look" within sh -c \
+        'ldconfig -p | grep -q "libovik_client.so.1 "'
+    check "has its header" within test -s /usr/include/ovik/ovik_client.h
     check "has the bus interfaces" within test -s /usr/share/dbus-1/interfaces/com.wenu.OVIK.xml
 }
 

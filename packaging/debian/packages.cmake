@@ -5,8 +5,6 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_PACKAGE_CONTACT "ovik_server maintainers <maintainers@example.com>")
 if(CMAKE_CROSSCOMPILING)
     execute_process(COMMAND dpkg-architecture -t${CMAKE_LIBRARY_ARCHITECTURE} -qDEB_HOST_ARCH
@@ -64,7 +62,9 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "ovik-server")
 ovik_package(client libs "client library of ovik_server"
 "Sends requests to the service from C and C++, with deadlines and many at
 a time. This package holds the shared library." libovik-client1)
-set(CPACK_DEBIAN_CLIENT_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+set(CPACK_DEBIAN_CLIENT_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_LIST_DIR}/libovik-client1/shlibs
+    ${CMAKE_CURRENT_LIST_DIR}/libovik-client1/triggers)
 
 ovik_package(client_dev libdevel "client library of ovik_server, development files"
 "Sends requests to the service from C and C++, with deadlines and many at

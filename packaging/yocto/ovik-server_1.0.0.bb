@@ -31,7 +31,8 @@ do_install:append() {
 
 SYSTEMD_SERVICE:${PN} = "ovik_server.service"
 
-PACKAGES =+ "${PN}-tools ${PN}-interfaces"
+PACKAGES =+ "${PN}-tools ${PN}-interfaces ${PN}-client"
 FILES:${PN}-tools = "${bindir}"
 FILES:${PN}-interfaces = "${datadir}/dbus-1/interfaces"
+FILES:${PN}-client = "${libdir}/libovik_client.so.*"
 RRECOMMENDS:${PN} = "dbus"
