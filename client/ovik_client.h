@@ -46,7 +46,8 @@ extern "C" {
 
 typedef enum ovik_client_error {
     OVIK_CLIENT_OK = 0,
-    OVIK_CLIENT_NO_SERVICE,    /**< nobody listens there: no socket, or one without a process */
+    OVIK_CLIENT_NO_SERVICE,    /**< nobody listens there: no socket, one without a process, or one
+                                    of another type */
     OVIK_CLIENT_NO_PERMISSION, /**< this user may not use the socket */
     OVIK_CLIENT_TIMED_OUT,     /**< not connected or not answered by the deadline */
     OVIK_CLIENT_CLOSED,        /**< the service closed the connection, as it does when it ends */
@@ -71,14 +72,15 @@ typedef struct ovik_client ovik_client;
 typedef struct ovik_client_answer {
     status_t status;  /**< OVIK_OK, or the failure */
     const char* text; /**< what follows the status and its blank, NUL-terminated; "" when nothing */
-    size_t length;    /**< of text, in bytes without the NUL; at most 65535 */
+    size_t length;    /**< of text, in bytes without the NUL; at most 16381 */
 } ovik_client_answer;
 
 /**
  * Connects.
  *
  * @param client  gets the new client, or null on an error
- * @param path    of the socket, at most 107 bytes; null means OVIK_CLIENT_SOCKET
+ * @param path    of the socket, at most 107 bytes (a longer one is _SYSTEM with ENAMETOOLONG); null
+ *                means OVIK_CLIENT_SOCKET
  * @param timeout in ms; the service's queue of 20 clients may be full
  * @return OVIK_CLIENT_OK, _NO_SERVICE, _NO_PERMISSION, _TIMED_OUT, _SYSTEM
  */
@@ -93,7 +95,8 @@ void ovik_client_close(ovik_client* client);
  * @param fields  the command word and its arguments
  * @param buffer  gets the request with its NUL; OVIK_CLIENT_REQUEST_MAX + 1 bytes are always enough
  * @param size    of @p buffer in bytes
- * @return OVIK_CLIENT_OK, or _BAD_REQUEST: no field, a ";" in a field, or no room
+ * @return OVIK_CLIENT_OK, or _BAD_REQUEST: no field, a ";" in a field, or no room; @p buffer is an
+ *         empty text then, if it has any room
  */
 ovik_client_error ovik_client_join(const char* const* fields, size_t count, char* buffer,
                                    size_t size);
