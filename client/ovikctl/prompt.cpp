@@ -1,0 +1,218 @@
+#include "client/ovikctl/command_line.h"
+#include "client/ovikctl/history.h"
+#include "client/ovikctl/output.h"
+#include "client/ovikctl/tab.h"
+#include "client/ovikctl/verbs.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+// --- Signals -------------------------------------------------------------------------------------
+//
+// The editor's own handlers would send each signal on to whoever is in the process group.
+
+volatile sig_atomic_t ending = 0; ///< the signal that ends the prompt
+volatile sig_atomic_t resized = 0;
+
+void onEnding(int number) { ending = number; }
+void onResize(int) { resized = 1; }
+void onNothing(int) {} // but it ends a read
+
+void handle(int number, void (*handler)(int), int flags = 0)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigaction(number, &action, nullptr);
+}
+
+constexpr int handled[] = {SIGINT, SIGCONT, SIGTERM, SIGHUP, SIGWINCH};
+
+void handleSignals()
+{
+    handle(SIGINT, onNothing);
+    handle(SIGCONT, onNothing); // the terminal is to be set up again
+    handle(SIGTERM, onEnding);
+    handle(SIGHUP, onEnding);
+    handle(SIGWINCH, onResize, SA_RESTART);
+}
+
+void handleNoSignals()
+{
+    for (const int number : handled)
+        handle(number, SIG_DFL);
+}
+
+// --- Running a line ------------------------------------------------------------------------------
+
+int noVerb(const Settings&)
+{
+    throw Failure(wrongUsage, "a command is missing: help tells the commands");
+}
+
+std::vector<std::string> commandLineOf(const std::string& line)
+{
+    if (isRaw(line))
+        return {"raw", line};
+    std::vector<std::string> words = wordsOf(line);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
+    return words;
+}
+
+[[noreturn]] void runInChild(const Settings& settings, const std::string& line)
+{
+    handleNoSignals();
+    int result = wrongUsage;
+    try {
+        result = CommandLine(settings, noVerb).run(commandLineOf(line));
+    } catch (const Failure& failure) {
+        complain(failure.what());
+    }
+    fflush(stdout);
+    _exit(result);
+}
+
+/// In a process of its own, so that Ctrl-C ends a request that waits, and not the prompt.
+int runLine(const Settings& settings, const std::string& line)
+{
+    fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0)
+        runInChild(settings, line);
+    int status = 0;
+    while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
+        if (ending)
+            kill(child, SIGTERM);
+    }
+    if (WIFSIGNALED(status))
+        putchar('\n');
+    return WIFEXITED(status) ? WEXITSTATUS(status) : wrongUsage;
+}
+
+std::string trimmed(const std::string& line)
+{
+    const size_t begin = line.find_first_not_of(" \t\n");
+    const size_t end = line.find_last_not_of(" \t\n");
+    return begin == std::string::npos ? "" : line.substr(begin, end - begin + 1);
+}
+
+bool isQuit(const std::string& line) { return line == "quit" || line.compare(0, 5, "quit;") == 0; }
+
+// --- The editor ----------------------------------------------------------------------------------
+
+char* promptText(EditLine*)
+{
+    static char text[] = "ovikctl> ";
+    return text;
+}
+
+void printInColumns(const std::vector<std::string>& words)
+{
+    winsize size = {};
+    ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
+    size_t width = 0;
+    for (const std::string& word : words)
+        width = std::max(width, word.size() + 2);
+    const size_t columns = std::max<size_t>(1, (size.ws_col ? size.ws_col : 80u) / width);
+    for (size_t i = 0; i < words.size(); ++i) {
+        const bool isLast = i % columns == columns - 1 || i + 1 == words.size();
+        printf("%-*s%s", static_cast<int>(isLast ? 0 : width), words[i].c_str(),
+               isLast ? "\n" : "");
+    }
+}
+
+unsigned char onTab(EditLine* editor, int)
+{
+    const CommandLine names({}, noVerb);
+    const LineInfo* const info = el_line(editor);
+    const Tab tab = tabBehind({info->buffer, info->cursor}, names.program());
+    if (!tab.insertion.empty())
+        return el_insertstr(editor, tab.insertion.c_str()) == 0 ? CC_REFRESH : CC_ERROR;
+    if (tab.list.empty() && tab.hint.empty())
+        return CC_ERROR;
+    putchar('\n');
+    printInColumns(tab.list);
+    if (!tab.hint.empty())
+        puts(tab.hint.c_str());
+    fflush(stdout);
+    return CC_REDISPLAY;
+}
+
+class Editor
+{
+public:
+    explicit Editor(LineHistory& lines) : m_editor(el_init("ovikctl", stdin, stdout, stderr))
+    {
+        el_set(m_editor, EL_PROMPT, promptText);
+        el_set(m_editor, EL_EDITOR, "emacs");
+        el_set(m_editor, EL_HIST, history, lines.lines());
+        el_set(m_editor, EL_ADDFN, "ovikctl-tab", "Complete what is typed", onTab);
+        el_set(m_editor, EL_BIND, "^I", "ovikctl-tab", nullptr);
+        el_set(m_editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+        el_source(m_editor, nullptr);
+    }
+    ~Editor() { el_end(m_editor); }
+    Editor(const Editor&) = delete;
+    Editor& operator=(const Editor&) = delete;
+
+    /// The next line; false at the end. A signal clears what was typed so far.
+    bool read(std::string& line)
+    {
+        while (!ending) {
+            if (resized)
+                el_resize(m_editor);
+            resized = 0;
+            int length = 0;
+            const char* const text = el_gets(m_editor, &length);
+            if (text && length > 0) {
+                line = trimmed({text, static_cast<size_t>(length)});
+                return true;
+            }
+            putchar('\n');
+            if (length == 0 || errno != EINTR)
+                return false;
+            el_reset(m_editor);
+        }
+        return false;
+    }
+
+private:
+    EditLine* m_editor;
+};
+} // namespace
+
+int runPrompt(const Settings& settings)
+{
+    puts("TAB completes, help tells, exit or Ctrl-D leaves; quit ends the service");
+    handleSignals();
+    {
+        LineHistory lines;
+        Editor editor(lines);
+        std::string line;
+        while (editor.read(line) && line != "exit") {
+            if (line.empty())
+                continue;
+            const int result = runLine(settings, line);
+            // What was mistyped may have a secret behind a word that tells nothing.
+            lines.add(line, result != wrongUsage);
+            if (isQuit(line) && result == allDone)
+                break;
+        }
+    }
+    handleNoSignals();
+    if (ending)
+        raise(ending);
+    return allDone;
+}
