@@ -117,9 +117,10 @@ void CommandLine::addCommands()
 
 void CommandLine::addVerbs()
 {
-    addVerb("raw", "Sends requests as they are, such as 'setBuzzerMode;1'", [this] {
-        return runRaw(m_settings, withoutNul(m_words));
-    }).add_option("request", m_words, "Sent in turn; without any, the lines of standard input");
+    addVerb("raw", "Sends requests as they are, such as 'setBuzzerMode;1'",
+            [this] { return runRaw(m_settings, withoutNul(m_words)); })
+        .add_option("request", m_words, "Sent in turn; without any, the lines of standard input")
+        ->option_text("REQUEST...");
     addVerb("batch", "Sends the requests of a file without waiting for each answer",
             [this] { return runBatch(m_settings, m_word); })
         .add_option("file", m_word, "One request in each line; - is standard input")
@@ -133,6 +134,7 @@ void CommandLine::addVerbs()
         return runWatch(m_settings, withoutNul(m_words), m_interval);
     });
     watch.add_option("command", m_words, "Such as getBrightness or 'getHWPluginIO 0 1'")
+        ->option_text("COMMAND...")
         ->required();
     watch.add_option("--interval", m_interval, "From one round to the next, 1")
         ->option_text("SECONDS")

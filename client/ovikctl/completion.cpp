@@ -136,7 +136,8 @@ std::string zshOptions(const CLI::App& verb)
 {
     std::string result;
     for (const CLI::Option* option : verb.get_options()) {
-        if (option->get_lnames().empty())
+        const bool isEverybodys = verb.get_parent() && option == verb.get_help_ptr();
+        if (option->get_lnames().empty() || isEverybodys)
             continue;
         std::string spec =
             "--" + option->get_lnames().front() + "[" + escaped(option->get_description()) + "]";

@@ -122,7 +122,7 @@ void printInColumns(const std::vector<std::string>& words)
 {
     winsize size = {};
     ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
-    size_t width = 0;
+    size_t width = 2;
     for (const std::string& word : words)
         width = std::max(width, word.size() + 2);
     const size_t columns = std::max<size_t>(1, (size.ws_col ? size.ws_col : 80u) / width);
