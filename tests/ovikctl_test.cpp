@@ -87,8 +87,9 @@ protected:
         Words words = examplesOf(*GetParam());
         words.insert(words.end(), options.begin(), options.end());
         const Ran result = run(words);
-        if (words.front() == "quit")
+        if (words.front() == "quit") {
             EXPECT_EQ(panel->server.process().wait(), 0);
+        }
         return result;
     }
     static std::unique_ptr<SimulatedPanel> panel;

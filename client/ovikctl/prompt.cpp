@@ -9,47 +9,56 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <memory>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
 // --- Signals -------------------------------------------------------------------------------------
 //
-// The editor's own handlers would send each signal on to whoever is in the process group.
+// The editor's own handlers would send each signal on to whoever is in the process group. Ours are
+// called only while the prompt waits for a key or for a line's process, so that none goes by
+// unnoticed in between.
 
 volatile sig_atomic_t ending = 0; ///< the signal that ends the prompt
 volatile sig_atomic_t resized = 0;
+volatile sig_atomic_t interrupted = 0;
+sigset_t waitingMask; ///< of signals that are blocked while waiting
 
 void onEnding(int number) { ending = number; }
 void onResize(int) { resized = 1; }
-void onNothing(int) {} // but it ends a read
+void onInterrupt(int) { interrupted = 1; }
 
-void handle(int number, void (*handler)(int), int flags = 0)
-{
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    sigaction(number, &action, nullptr);
-}
-
-constexpr int handled[] = {SIGINT, SIGCONT, SIGTERM, SIGHUP, SIGWINCH};
+constexpr std::pair<int, void (*)(int)> handlers[] = {
+    {SIGINT, onInterrupt},
+    {SIGCONT, onInterrupt}, // the terminal is to be set up again
+    {SIGTERM, onEnding},
+    {SIGHUP, onEnding},
+    {SIGWINCH, onResize}};
 
 void handleSignals()
 {
-    handle(SIGINT, onNothing);
-    handle(SIGCONT, onNothing); // the terminal is to be set up again
-    handle(SIGTERM, onEnding);
-    handle(SIGHUP, onEnding);
-    handle(SIGWINCH, onResize, SA_RESTART);
+    sigset_t ours;
+    sigemptyset(&ours);
+    for (const auto& [number, handler] : handlers) {
+        struct sigaction action = {};
+        action.sa_handler = handler;
+        sigaction(number, &action, nullptr);
+        sigaddset(&ours, number);
+    }
+    sigprocmask(SIG_BLOCK, &ours, &waitingMask);
 }
 
 void handleNoSignals()
 {
-    for (const int number : handled)
-        handle(number, SIG_DFL);
+    for (const auto& handler : handlers)
+        signal(handler.first, SIG_DFL);
+    sigprocmask(SIG_SETMASK, &waitingMask, nullptr);
 }
 
 // --- Running a line ------------------------------------------------------------------------------
@@ -91,11 +100,14 @@ int runLine(const Settings& settings, const std::string& line)
     const pid_t child = fork();
     if (child == 0)
         runInChild(settings, line);
+    sigset_t blocked;
+    sigprocmask(SIG_SETMASK, &waitingMask, &blocked);
     int status = 0;
     while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
         if (ending)
             kill(child, SIGTERM);
     }
+    sigprocmask(SIG_SETMASK, &blocked, nullptr);
     if (WIFSIGNALED(status))
         putchar('\n');
     return WIFEXITED(status) ? WEXITSTATUS(status) : wrongUsage;
@@ -106,6 +118,13 @@ std::string trimmed(const std::string& line)
     const size_t begin = line.find_first_not_of(" \t\n");
     const size_t end = line.find_last_not_of(" \t\n");
     return begin == std::string::npos ? "" : line.substr(begin, end - begin + 1);
+}
+
+/// What was mistyped may have a secret behind a word that tells nothing, which the service refuses.
+bool isUnderstood(const std::string& line)
+{
+    const size_t separator = line.find(';');
+    return separator == std::string::npos || findCommand(line.substr(0, separator));
 }
 
 bool isQuit(const std::string& line) { return line == "quit" || line.compare(0, 5, "quit;") == 0; }
@@ -150,12 +169,52 @@ unsigned char onTab(EditLine* editor, int)
     return CC_REDISPLAY;
 }
 
+/// False when a signal came first.
+bool waitForKey(EditLine* editor)
+{
+    pollfd key = {STDIN_FILENO, POLLIN, 0};
+    while (key.revents == 0) {
+        ppoll(&key, 1, nullptr, &waitingMask);
+        // A signal that came together with keys was before them.
+        sigset_t blocked;
+        sigprocmask(SIG_SETMASK, &waitingMask, &blocked);
+        sigprocmask(SIG_SETMASK, &blocked, nullptr);
+        if (resized)
+            el_resize(editor);
+        resized = 0;
+        if (ending || interrupted) {
+            errno = EINTR;
+            return false;
+        }
+    }
+    return true;
+}
+
+/// As the editor wants it: 1, 0 at the end, -1 for an error. Bytes that are no text are left out.
+int readCharacter(EditLine* editor, wchar_t* character)
+{
+    mbstate_t state = {};
+    char byte = 0;
+    while (waitForKey(editor)) {
+        const ssize_t got = read(STDIN_FILENO, &byte, 1);
+        if (got != 1)
+            return static_cast<int>(got);
+        const size_t length = mbrtowc(character, &byte, 1, &state);
+        if (length <= 1)
+            return 1;
+        if (length == static_cast<size_t>(-1))
+            state = {};
+    }
+    return -1;
+}
+
 class Editor
 {
 public:
     explicit Editor(LineHistory& lines) : m_editor(el_init("ovikctl", stdin, stdout, stderr))
     {
         el_set(m_editor, EL_PROMPT, promptText);
+        el_set(m_editor, EL_GETCFN, readCharacter);
         el_set(m_editor, EL_EDITOR, "emacs");
         el_set(m_editor, EL_HIST, history, lines.lines());
         el_set(m_editor, EL_ADDFN, "ovikctl-tab", "Complete what is typed", onTab);
@@ -171,9 +230,7 @@ public:
     bool read(std::string& line)
     {
         while (!ending) {
-            if (resized)
-                el_resize(m_editor);
-            resized = 0;
+            interrupted = 0;
             int length = 0;
             const char* const text = el_gets(m_editor, &length);
             if (text && length > 0) {
@@ -205,8 +262,7 @@ int runPrompt(const Settings& settings)
             if (line.empty())
                 continue;
             const int result = runLine(settings, line);
-            // What was mistyped may have a secret behind a word that tells nothing.
-            lines.add(line, result != wrongUsage);
+            lines.add(line, result != wrongUsage && isUnderstood(line));
             if (isQuit(line) && result == allDone)
                 break;
         }

@@ -13,7 +13,11 @@ std::vector<std::string> wordsBehindWhich(const std::string& line)
 {
     std::vector<std::string> words;
     if (isRaw(line)) {
-        words = CLI::detail::split(line, ';');
+        size_t begin = 0;
+        for (size_t end = 0; end != std::string::npos; begin = end + 1) {
+            end = line.find(';', begin);
+            words.push_back(line.substr(begin, end - begin));
+        }
     } else {
         try {
             words = wordsOf(line);
