@@ -102,6 +102,14 @@ static ovik_client_error connect_by(const deadline* until, int sock,
     return error_of_connecting();
 }
 
+/* Room for thousands of requests, or as much of it as the system allows: a service that has taken
+ * all there are sleeps before it looks again. */
+static void ask_for_room(int sock)
+{
+    const int room = 1 << 22;
+    setsockopt(sock, SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
+}
+
 static ovik_client_error address_of(const char* path, struct sockaddr_un* address)
 {
     const size_t length = strlen(path);
@@ -130,10 +138,12 @@ ovik_client_error ovik_client_open(ovik_client** client, const char* path, int t
     opened->sock = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     error = opened->sock == NOT_CONNECTED ? OVIK_CLIENT_SYSTEM
                                           : connect_by(&until, opened->sock, &address);
-    if (error == OVIK_CLIENT_OK)
+    if (error == OVIK_CLIENT_OK) {
+        ask_for_room(opened->sock);
         *client = opened;
-    else
+    } else {
         ovik_client_close(opened);
+    }
     return error;
 }
 

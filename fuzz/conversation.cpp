@@ -1,5 +1,6 @@
 #include "fuzz/conversation.h"
 
+#include "IProxy/ovik_status.h"
 #include "fuzz/check.h"
 
 #include <algorithm>

@@ -11,7 +11,7 @@ seconds=${1:-}
 [[ $seconds =~ ^[1-9][0-9]*$ ]] || die "usage: $0 SECONDS [TARGET...]"
 shift
 targets=("$@")
-[ $# -gt 0 ] || targets=(fuzz_request fuzz_bridge fuzz_replies)
+[ $# -gt 0 ] || targets=(fuzz_request fuzz_bridge fuzz_replies fuzz_client)
 
 place=build-fuzz/fuzz
 sockets=$(mktemp -d)
@@ -27,15 +27,18 @@ fuzz() {
         -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="$place/$target/findings/")
     local corpora=("$place/$target/corpus")
     # Requests are what the first two are fed with, and the longest is longer than the buffer.
-    if [ "$target" = fuzz_replies ]; then
-        options+=(-max_len=256 -len_control=0)
-    else
+    case $target in
+    fuzz_request | fuzz_bridge)
         options+=(-max_len=8192 -dict="$place/requests.dict")
         corpora+=("$place/seeds")
-    fi
+        ;;
+    *) options+=(-max_len=256 -len_control=0) ;;
+    esac
     # Looking for leaks after each input wants a program that does one thing at a time; the others
     # are looked through at their end.
-    [ "$target" = fuzz_request ] || options+=(-detect_leaks=0)
+    case $target in
+    fuzz_bridge | fuzz_replies) options+=(-detect_leaks=0) ;;
+    esac
     mkdir -p "$place/$target"/{corpus,findings}
     "build-fuzz/bin/$target" "${options[@]}" "${corpora[@]}" >"$place/$target/log" 2>&1
 }

@@ -1,18 +1,16 @@
 // The simulated panel as a program that knows nothing of it sees it on the bus: sd-bus talks to it,
 // so that no code is shared with the panel's side of the bus.
 
+#include "tests/support/introspection.h"
 #include "tests/support/private_bus.h"
 #include "tests/support/process.h"
 
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
-#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
-#include <regex>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -25,14 +23,6 @@ const char* const readyLine = "ovik_panel_sim: ready\n";
 
 using Bytes = std::vector<uint8_t>;
 using Words = std::vector<std::string>;
-
-/// Method names with "arguments>results", signal names with their arguments.
-using Members = std::map<std::string, std::string>;
-
-struct Interface {
-    Members methods;
-    Members events;
-};
 
 struct Offer {
     const char* path;
@@ -216,46 +206,6 @@ const Offer offers[] = {
        {"setIoMode", "ui>i"}},
       {{"error", "s"}}}},
 };
-
-std::string attribute(const std::string& tag, const std::string& name)
-{
-    std::smatch match;
-    return std::regex_search(tag, match, std::regex(" " + name + "=\"([^\"]*)\"")) ? match[1].str()
-                                                                                   : "";
-}
-
-/// The interfaces that an introspection text declares.
-std::map<std::string, Interface> introspected(const std::string& xml)
-{
-    std::map<std::string, Interface> interfaces;
-    Interface* interface = nullptr;
-    std::string method;
-    std::string event;
-    const std::regex tags("<(/?)(interface|method|signal|arg)\\b([^>]*)>");
-    for (std::sregex_iterator it(xml.begin(), xml.end(), tags), end; it != end; ++it) {
-        const bool closes = (*it)[1].length() > 0;
-        const std::string kind = (*it)[2];
-        const std::string tag = (*it)[3];
-        if (kind == "interface" && !closes) {
-            interface = &interfaces[attribute(tag, "name")];
-        } else if (kind == "method") {
-            method = closes ? "" : attribute(tag, "name");
-            if (!closes)
-                interface->methods[method] = ">";
-        } else if (kind == "signal") {
-            event = closes ? "" : attribute(tag, "name");
-            if (!closes)
-                interface->events[event] = "";
-        } else if (kind == "arg" && !method.empty()) {
-            std::string& types = interface->methods[method];
-            const bool isResult = attribute(tag, "direction") == "out";
-            types.insert(isResult ? types.size() : types.find('>'), attribute(tag, "type"));
-        } else if (kind == "arg") {
-            interface->events[event] += attribute(tag, "type");
-        }
-    }
-    return interfaces;
-}
 
 /// An answer from the bus, read value by value.
 class Reply
@@ -538,10 +488,7 @@ TEST_P(PanelSimContract, IsWhatThePanelSaysOfItself)
 
 TEST_P(PanelSimContract, IsWhatTheInterfaceFileSays)
 {
-    std::stringstream xml;
-    xml << std::ifstream(std::string(OVIK_DBUS_INTERFACE_DIR) + "/" + GetParam().name + ".xml")
-               .rdbuf();
-    const auto declared = introspected(xml.str());
+    const auto declared = introspectedFile(GetParam().name);
     ASSERT_EQ(declared.size(), 1u);
     ASSERT_EQ(declared.count(GetParam().name), 1u);
     EXPECT_EQ(declared.at(GetParam().name).methods, GetParam().interface.methods);

@@ -5,6 +5,8 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_PACKAGE_CONTACT "ovik_server maintainers <maintainers@example.com>")
 if(CMAKE_CROSSCOMPILING)
     execute_process(COMMAND dpkg-architecture -t${CMAKE_LIBRARY_ARCHITECTURE} -qDEB_HOST_ARCH
@@ -21,9 +23,13 @@ add_custom_command(OUTPUT ${changelog}
     DEPENDS ${CMAKE_CURRENT_LIST_DIR}/changelog VERBATIM)
 add_custom_target(changelog ALL DEPENDS ${changelog})
 
-# ovik_package(COMPONENT SECTION SUMMARY DESCRIPTION): the package of an install component.
+# ovik_package(COMPONENT SECTION SUMMARY DESCRIPTION [NAME]): the package of an install component,
+# "ovik-" and its name unless told otherwise.
 macro(ovik_package component section summary description)
     string(REPLACE _ - name ovik-${component})
+    if(${ARGC} GREATER 4)
+        set(name ${ARGV4})
+    endif()
     string(TOUPPER ${component} id)
     list(APPEND CPACK_COMPONENTS_ALL ${component})
     set(CPACK_DEBIAN_${id}_PACKAGE_NAME ${name})
@@ -54,6 +60,17 @@ ovik_package(tools utils "request tool for ovik_server"
 "ovik_request sends requests to the service from a shell and prints its
 responses.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "ovik-server")
+
+ovik_package(client libs "client library of ovik_server"
+"Sends requests to the service from C and C++, with deadlines and many at
+a time. This package holds the shared library." libovik-client1)
+
+ovik_package(client_dev libdevel "client library of ovik_server, development files"
+"Sends requests to the service from C and C++, with deadlines and many at
+a time. This package holds the header, the static library, the manual page
+and examples." libovik-client-dev)
+set(CPACK_DEBIAN_CLIENT_DEV_PACKAGE_DEPENDS "libovik-client1 (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_CLIENT_DEV_PACKAGE_SUGGESTS "ovik-server")
 
 ovik_package(panel_sim devel "simulated operator panel for ovik_server"
 "ovik_panel_sim owns the platform's name on the system bus and answers as

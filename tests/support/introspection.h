@@ -1,0 +1,18 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+/// Method names with "arguments>results", signal names with their arguments.
+using Members = std::map<std::string, std::string>;
+
+struct Interface {
+    Members methods;
+    Members events;
+};
+
+/// The interfaces that an introspection text declares.
+std::map<std::string, Interface> introspected(const std::string& xml);
+
+/// Those of the platform's introspection file of that name, which should be the one.
+std::map<std::string, Interface> introspectedFile(const std::string& interface);
