@@ -4,6 +4,7 @@
 #include "client/ovikctl/verbs.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace
 {
@@ -33,9 +34,9 @@ void keepWhole(std::string& word)
 
 std::vector<std::string> withoutNul(const std::vector<std::string>& words)
 {
-    std::vector<std::string> texts;
-    for (const std::string& word : words)
-        texts.emplace_back(word.c_str());
+    std::vector<std::string> texts(words);
+    for (std::string& text : texts)
+        text.resize(strlen(text.c_str()));
     return texts;
 }
 } // namespace

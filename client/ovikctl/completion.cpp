@@ -22,16 +22,17 @@ std::string join(const std::vector<std::string>& words) { return CLI::detail::jo
 std::vector<std::string> namesOf(const Verbs& verbs)
 {
     std::vector<std::string> names;
+    names.reserve(verbs.size());
     for (const CLI::App* verb : verbs)
         names.push_back(verb->get_name());
     return names;
 }
 
-std::vector<std::string> words()
+std::string allCommands()
 {
-    std::vector<std::string> result;
+    std::string result;
     for (const Command& command : commandTable)
-        result.emplace_back(command.word);
+        result += (result.empty() ? "" : " ") + std::string(command.word);
     return result;
 }
 
@@ -96,7 +97,7 @@ void printBashArguments(const CLI::App& verb)
 
 void printBash(const CLI::App& program, const Verbs& verbs)
 {
-    std::cout << bashBegin << "    local commands=" << shellQuoted(join(words())) << "\n"
+    std::cout << bashBegin << "    local commands=" << shellQuoted(allCommands()) << "\n"
               << "    local options=" << shellQuoted(join(optionsOf(program))) << "\n"
               << "    case $verb in\n";
     for (const CLI::App* verb : verbs) {
@@ -156,7 +157,7 @@ void printZsh(const CLI::App& program, const Verbs& verbs)
                  "_ovikctl() {\n"
                  "    local curcontext=$curcontext state line ret=1\n"
                  "    local -a verbs commands options\n"
-              << "    commands=(" << join(words()) << ")\n    verbs=(\n";
+              << "    commands=(" << allCommands() << ")\n    verbs=(\n";
     for (const CLI::App* verb : verbs)
         std::cout << "        "
                   << shellQuoted(escaped(verb->get_name()) + ":" + escaped(verb->get_description()))

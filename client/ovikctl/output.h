@@ -14,7 +14,7 @@ public:
     JsonObject& add(const char* name, std::string_view text);
     JsonObject& add(const char* name, long long number);
     /// A value that is JSON itself.
-    JsonObject& addJson(const char* name, const std::string& json);
+    JsonObject& addJson(const char* name, const std::string& value);
     std::string text() const { return m_fields + "}"; }
 
 private:

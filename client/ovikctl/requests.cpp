@@ -138,6 +138,7 @@ int runBatch(const Settings& settings, const std::string& file)
 {
     const std::vector<Request> requests = requestsOfFile(file);
     std::vector<const char*> texts;
+    texts.reserve(requests.size());
     for (const Request& request : requests)
         texts.push_back(request.text.c_str());
 

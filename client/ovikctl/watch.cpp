@@ -94,9 +94,10 @@ public:
         const size_t rows = std::min(m_requests.size(), height);
         for (size_t i = 0; i < rows; ++i) {
             const std::string value = i < round.values.size() ? round.values[i] : "";
-            std::string name = m_requests[i].text;
-            name.resize(m_width, ' ');
-            const std::string line = cutTo(name + "  " + value, width);
+            std::string row = m_requests[i].text;
+            row.resize(m_width + 2, ' ');
+            row += value;
+            const std::string line = cutTo(std::move(row), width);
             const bool isNew = i < m_last.size() && m_last[i] != value;
             picture += (isNew ? paint(Style::Bold, line) : line) + "\n";
         }
@@ -119,6 +120,7 @@ private:
 int runWatch(const Settings& settings, const std::vector<std::string>& lines, double interval)
 {
     std::vector<Request> requests;
+    requests.reserve(lines.size());
     for (const std::string& line : lines)
         requests.push_back(requestOfLine(line));
     Watch watch(settings, std::move(requests));
