@@ -385,14 +385,14 @@ TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
 {
     ScriptedPeer peer(stopsAfter(1));
     std::string requests = "getBrightness\n"; // and more than a socket holds
-    for (int i = 0; i < 500; ++i)
+    for (int i = 0; i < 3000; ++i)
         requests += "setVolatileParameter;k;" + std::string(4000, 'x') + "\n";
     const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
     EXPECT_EQ(result.status, 8);
     EXPECT_TRUE(contains(result.errors, "answered: 1 (getBrightness)\n"
                                         "sent, perhaps done: 2 (setVolatileParameter)"))
         << result.errors;
-    EXPECT_TRUE(contains(result.errors, " to 501 (setVolatileParameter)\n")) << result.errors;
+    EXPECT_TRUE(contains(result.errors, " to 3001 (setVolatileParameter)\n")) << result.errors;
     EXPECT_FALSE(contains(result.errors, "not done: none")) << result.errors;
 }
 

@@ -231,6 +231,8 @@ public:
     {
         while (!ending) {
             interrupted = 0;
+            // Before the prompt shows: a Ctrl-D that came first would be lost with the change.
+            el_set(m_editor, EL_PREP_TERM, 1);
             int length = 0;
             const char* const text = el_gets(m_editor, &length);
             if (text && length > 0) {
