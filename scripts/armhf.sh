@@ -3,7 +3,8 @@
 # emulation: scripts/armhf.sh [CTEST-OPTION...]. Installs the compiler and the emulator when they are
 # missing; the libraries to build against are Debian's, unpacked to build-armhf/sysroot.
 #
-#   scripts/armhf.sh --sysroot-only    only installs and makes these
+#   scripts/armhf.sh --sysroot-only            only installs and makes these
+#   scripts/armhf.sh --apt-get ARGUMENT...     only runs the apt-get that these come from
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . scripts/setup.sh
@@ -63,6 +64,11 @@ make_sysroot() {
 
 is_current() { cksum <scripts/armhf.sh | cmp -s - "$sysroot/.made_by"; }
 
+if [ "${1:-}" = --apt-get ]; then
+    shift
+    apt_armhf "$@"
+    exit
+fi
 # Those for the build here are for its tools, such as moc, and for the tests' bus.
 ensure_build_packages
 ensure_packages g++-arm-linux-gnueabihf qemu-user

@@ -7,7 +7,11 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . scripts/setup.sh
 
 preset=${1:-package}
-build_dir=build-$preset
+case $preset in
+package) build_dir=build-release ;;
+package-armhf) build_dir=build-armhf ;;
+*) die "usage: $0 [package|package-armhf]" ;;
+esac
 sysroot=$PWD/build-armhf/sysroot
 archives=build-armhf/apt/cache/archives
 
@@ -43,9 +47,11 @@ build "$preset"
 [ "$preset" != package-armhf ] || record_sysroot
 
 say "packaging into dist"
-# Packages of another architecture stay.
 quietly cpack --config "$build_dir/CPackConfig.cmake" -B "$build_dir/packages" ||
     die "cannot package, see above"
 mkdir -p dist
+# Nothing of earlier packages stays, but those of another architecture do.
+made=("$build_dir"/packages/*.deb)
+rm -f dist/*_"${made[0]##*_}"
 mv "$build_dir"/packages/*.deb dist/
 ls dist/*.deb

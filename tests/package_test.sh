@@ -105,7 +105,7 @@ root=''
 clean_up() {
     [ -z "$unshare" ] || kill -KILL "$unshare" 2>/dev/null || true
     [ -z "$unshare" ] || wait "$unshare" 2>/dev/null || true
-    [ -z "$root" ] || rm -rf "$root" "$root.log" "$root.console"
+    [ -z "$root" ] || rm -rf "$root" "$root".{log,console,found}
 }
 trap clean_up EXIT
 trap 'exit 130' INT
@@ -139,6 +139,7 @@ check() {
 answers() { { within timeout 30 ovikctl raw "$1" || true; } | grep -x -e "$1 -> $2"; }
 is() { [ "$(within systemctl "is-$1" ovik_server)" = "$2" ]; }
 has_property() { within systemctl show --property="$1" --value ovik_server | grep -qx -e "$2"; }
+has_logged() { within journalctl --no-pager --unit=ovik_server | grep -F "$1"; }
 main_pid() { within systemctl show --property=MainPID --value ovik_server; }
 is_another_than() { [ "$(main_pid)" != 0 ] && [ "$(main_pid)" != "$1" ]; }
 no_socket() { ! within test -e /tmp/ovik_server.socket; }
@@ -146,10 +147,20 @@ no_socket() { ! within test -e /tmp/ovik_server.socket; }
 asks_as() { within setpriv --reuid=nobody --regid="$1" --clear-groups ovikctl getBrightness; }
 is_refused() { { asks_as "$1" 2>&1 || true; } | grep "may not use"; }
 
-nothing_runs() { ! within sh -c 'grep ovik /proc/[0-9]*/comm'; }
-nothing_is_left() { ! within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print | grep .; }
+# finds_nothing COMMAND...: it succeeds and prints nothing.
+finds_nothing() { "$@" >"$root.found" && cat "$root.found" && [ ! -s "$root.found" ]; }
+# Processes come and go while it looks.
+nothing_runs() {
+    finds_nothing within sh -c '{ cat /proc/[0-9]*/comm 2>/dev/null || true; } | sed /ovik/!d'
+}
+nothing_is_left() {
+    finds_nothing within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print
+}
 
-lintian_is_quiet() { ! lintian --allow-root --pedantic dist/*.deb 2>&1 | grep .; }
+lintian_is_quiet() {
+    lintian --allow-root --pedantic --fail-on error,warning,pedantic \
+        dist/*_"$(dpkg --print-architecture)".deb
+}
 
 packages_are_made() {
     check "nothing to remark" lintian_is_quiet
@@ -157,17 +168,20 @@ packages_are_made() {
 
 installed() {
     local packages
-    mapfile -t packages < <(cd dist && printf '/mnt/%s\n' ovik-*_"$(dpkg --print-architecture)".deb)
+    mapfile -t packages < <(cd dist && printf '/mnt/%s\n' *_"$(dpkg --print-architecture)".deb)
     check "with what they depend on" within apt-get install --yes --no-install-recommends \
         "${packages[@]}"
-    [ "$failures" -eq 0 ] || exit 1
+    within test -e /usr/sbin/ovik_server || exit 1
     check "is enabled" is enabled enabled
     check "runs" is active active
     check "answers that there is no platform" await answers getBrightness -1
     check "runs what was installed" within test "/proc/$(main_pid)/exe" -ef /usr/sbin/ovik_server
-    for page in man8/ovik_server.8 man1/ovikctl.1 man1/ovik_panel_sim.1; do
+    for page in man8/ovik_server.8 man7/ovik_protocol.7 man1/ovikctl.1 man1/ovik_panel_sim.1 \
+        man3/ovik_client.3; do
         check "has the page $page" within test -s "/usr/share/man/$page.gz"
     done
+    check "names its page" has_property Documentation '.*man:ovik_server(8).*'
+    check "starts after the bus" has_property After '.*\<dbus.service\>.*'
     check "has the bus interfaces" within test -s /usr/share/dbus-1/interfaces/com.wenu.OVIK.xml
 }
 
@@ -195,6 +209,18 @@ killed() {
     within systemctl kill --signal=KILL ovik_server
     check "starts again" await is_another_than "$before"
     check "answers" await answers getBrightness '0 [0-9]*'
+}
+
+# Of a folder, the service cannot clear the way.
+the_socket_cannot_be_had() {
+    within systemctl stop ovik_server
+    within mkdir /tmp/ovik_server.socket
+    within systemctl start ovik_server
+    check "tries again" await has_property NRestarts '[1-9][0-9]*'
+    check "says why" await has_logged 'ovik_server start failed'
+    check "fails" await has_logged status=1/FAILURE
+    within rmdir /tmp/ovik_server.socket
+    check "answers as soon as it can" await answers getBrightness '0 [0-9]*'
 }
 
 the_bus_restarts() {
@@ -249,7 +275,7 @@ stopped() {
 removed() {
     within systemctl start ovik_server
     within systemctl stop panel
-    check "are removed" within apt-get purge --yes 'ovik-*'
+    check "are removed" within apt-get purge --yes '*ovik-*'
     check "nothing of them runs" nothing_runs
     check "no file is left" nothing_is_left
     check "no socket is left" no_socket
@@ -262,8 +288,9 @@ mkdir -p "$cache/archives/partial"
 root=$(mktemp -d "$cache/root.XXXXXX")
 tar -C "$root" -xf "$cache/root.tar"
 boot_root
-for situation in packages_are_made installed the_platform_arrives killed the_bus_restarts \
-    the_bus_stops_and_starts others_than_root quit_by_a_client stopped removed; do
+for situation in packages_are_made installed the_platform_arrives killed \
+    the_socket_cannot_be_had the_bus_restarts the_bus_stops_and_starts others_than_root \
+    quit_by_a_client stopped removed; do
     printf '%s\n' "$situation"
     "$situation"
 done

@@ -65,6 +65,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "ovik-server")
 ovik_package(client libs "client library of ovik_server"
 "Sends requests to the service from C and C++, with deadlines and many at
 a time. This package holds the shared library." libovik-client1)
+set(CPACK_DEBIAN_CLIENT_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
 
 ovik_package(client_dev libdevel "client library of ovik_server, development files"
 "Sends requests to the service from C and C++, with deadlines and many at
