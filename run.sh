@@ -104,10 +104,15 @@ take_lock() {
     echo $$ >"$lock"
 }
 
+# answers SECONDS [--platform]: the server does within that time, or the platform through it.
+answers() { "$bin/ovikctl" wait --timeout "$@" 2>/dev/null; }
+
 # The server would take the socket away from the one that listens there.
 refuse_second_server() {
-    ! "$bin/ovik_request" --probe ||
-        die "another server listens at $socket: end it first, e.g. $bin/ovik_request quit"
+    local status=0
+    answers 0.1 || status=$?
+    [ $status -eq 8 ] || # nobody is there
+        die "another server listens at $socket: end it first, e.g. $bin/ovikctl quit"
 }
 
 start_bus() {
@@ -130,13 +135,6 @@ END
     await bus grep -q ^unix: "$dir/bus.log"
 }
 
-# The server answers each request with -1 until it has found the platform.
-has_platform() {
-    local line
-    line=$("$bin/ovik_request" --timeout "$patience" getBrightness 2>/dev/null) || true
-    [ -n "$line" ] && [ "$line" != 'getBrightness -> -1' ]
-}
-
 start_all() {
     say "starting a bus, the simulated panel and the server"
     start_bus
@@ -144,27 +142,26 @@ start_all() {
     await panel grep -q '^ovik_panel_sim: ready' "$dir/panel.log"
     # shellcheck disable=SC2086 # of several words
     start server ${OVIK_SERVER_UNDER:-} "$bin/ovik_server"
-    await server "$bin/ovik_request" --probe
-    await server has_platform
+    await server answers 1
+    await server answers 5 --platform
 }
 
 send_tour() {
     local tour
     mapfile -t tour < <(grep -v -e '^#' -e '^$' scripts/tour.txt)
     say "sending the ${#tour[@]} requests of scripts/tour.txt"
-    attend "$bin/ovik_request" -- "${tour[@]}"
+    attend "$bin/ovikctl" raw -- "${tour[@]}"
 }
 
-# A refusal of what is typed is an answer like any other.
 send_typed() {
     say "type requests, such as getBuzzerMode; quit or Ctrl-D ends"
-    attend "$bin/ovik_request" || [ $? -eq 1 ]
+    attend "$bin/ovikctl"
 }
 
 send_all() {
     if [ $# -gt 0 ]; then
         say "sending the requests of the command line"
-        attend "$bin/ovik_request" -- "$@"
+        attend "$bin/ovikctl" raw -- "$@"
     elif [ -t 0 ] && [ -t 1 ]; then
         send_tour && send_typed
     else
@@ -176,7 +173,7 @@ end_server() {
     local status=0 deadline=$((SECONDS + patience))
     say "ending the server with quit"
     # After a quit among the requests there is nobody left to answer this one.
-    "$bin/ovik_request" --timeout "$patience" quit 2>/dev/null || true
+    "$bin/ovikctl" --timeout "$patience" raw quit 2>/dev/null || true
     while is_running "${pids[server]}"; do
         [ $SECONDS -le $deadline ] || give_up server "the server does not end"
         sleep 0.1
@@ -188,7 +185,7 @@ end_server() {
 
 if [ -z "${OVIK_BUILD_DIR:-}" ]; then
     ensure_build_packages
-    build dev ovik_server ovik_panel_sim ovik_request
+    build dev ovik_server ovik_panel_sim ovikctl
 fi
 
 exec 3<&0

@@ -12,7 +12,8 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 build_dir=build-armhf
 sysroot=$PWD/$build_dir/sysroot
 # The names that the build needs; apt finds what these need in turn.
-packages=(qtbase5-dev libstdc++-12-dev libgtest-dev libsystemd-dev)
+packages=(qtbase5-dev libstdc++-12-dev libgtest-dev libsystemd-dev libcli11-dev libedit-dev
+    nlohmann-json3-dev)
 
 # The machine's own sources of Debian packages, asked for the other architecture. An apt of our own,
 # as packages of two architectures side by side must have equal versions, and no root is needed.

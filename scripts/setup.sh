@@ -51,7 +51,7 @@ ensure_packages() {
 # Whatever is to be built: a preset that has the tests wants their libraries to be configured.
 ensure_build_packages() {
     ensure_packages g++ cmake ninja-build pkg-config qtbase5-dev dbus-daemon \
-        libgtest-dev libsystemd-dev
+        libgtest-dev libsystemd-dev libcli11-dev libedit-dev nlohmann-json3-dev
 }
 
 # build PRESET [TARGET...]: configures and builds, in the source directory.

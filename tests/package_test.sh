@@ -136,7 +136,7 @@ check() {
 }
 
 # answers REQUEST PATTERN: the response matches.
-answers() { { within timeout 30 ovik_request "$1" || true; } | grep -x -e "$1 -> $2"; }
+answers() { { within timeout 30 ovikctl raw "$1" || true; } | grep -x -e "$1 -> $2"; }
 is() { [ "$(within systemctl "is-$1" ovik_server)" = "$2" ]; }
 has_property() { within systemctl show --property="$1" --value ovik_server | grep -qx -e "$2"; }
 has_logged() { within journalctl --no-pager --unit=ovik_server | grep -F "$1"; }
@@ -144,7 +144,7 @@ main_pid() { within systemctl show --property=MainPID --value ovik_server; }
 is_another_than() { [ "$(main_pid)" != 0 ] && [ "$(main_pid)" != "$1" ]; }
 no_socket() { ! within test -e /tmp/ovik_server.socket; }
 # By nobody, as a member of the group.
-asks_as() { within setpriv --reuid=nobody --regid="$1" --clear-groups ovik_request getBrightness; }
+asks_as() { within setpriv --reuid=nobody --regid="$1" --clear-groups ovikctl getBrightness; }
 is_refused() { { asks_as "$1" 2>&1 || true; } | grep "may not use"; }
 
 # finds_nothing COMMAND...: it succeeds and prints nothing.
@@ -176,7 +176,7 @@ installed() {
     check "runs" is active active
     check "answers that there is no platform" await answers getBrightness -1
     check "runs what was installed" within test "/proc/$(main_pid)/exe" -ef /usr/sbin/ovik_server
-    for page in man8/ovik_server.8 man7/ovik_protocol.7 man1/ovik_request.1 man1/ovik_panel_sim.1 \
+    for page in man8/ovik_server.8 man7/ovik_protocol.7 man1/ovikctl.1 man1/ovik_panel_sim.1 \
         man3/ovik_client.3; do
         check "has the page $page" within test -s "/usr/share/man/$page.gz"
     done

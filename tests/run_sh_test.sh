@@ -53,7 +53,8 @@ await() {
 
 # This test holds the lock for run.sh, so that no other test's server comes in between.
 as_lock_holder() {
-    exec env "$mark" OVIK_LOCK_HELD=1 TMPDIR="$work/tmp" "$@" 9>&- >"$work/out" 2>"$work/err"
+    exec env "$mark" OVIK_LOCK_HELD=1 TMPDIR="$work/tmp" XDG_STATE_HOME="$work/state" \
+        "$@" 9>&- >"$work/out" 2>"$work/err"
 }
 
 run_sh() { (as_lock_holder "$run" "$@" </dev/null); }
@@ -115,13 +116,13 @@ another_server_that_lives() {
     local server
     DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent "$bin/ovik_server" >/dev/null 2>&1 9>&- &
     server=$!
-    check "the other listens" await "$bin/ovik_request" --probe
+    check "the other listens" await "$bin/ovikctl" wait --timeout 1
     exits 1 run_sh
     check "is told of" complains "another server listens at $socket"
     check "nothing is printed" same "$(cat "$work/out")" ''
     check "nothing is started" nothing_runs
-    check "the other lives on" same "$("$bin/ovik_request" getBuzzerMode)" 'getBuzzerMode -> -1'
-    "$bin/ovik_request" quit >/dev/null
+    check "the other lives on" same "$("$bin/ovikctl" raw getBuzzerMode)" 'getBuzzerMode -> -1'
+    "$bin/ovikctl" quit
     exits 0 wait "$server"
     nothing_is_left
 }
@@ -134,7 +135,7 @@ open_terminal() {
     terminal=$!
     exec 5>"$work/keys"
     rm "$work/keys"
-    check "prompts" await prints 'ovik> '
+    check "prompts" await prints 'ovikctl> '
     check "the tour comes first" prints 'serviceCommand;wifi;scan;{} -> 0 0;wifi;scan;'
 }
 
@@ -148,12 +149,12 @@ a_terminal() {
     open_terminal
     echo 'setBuzzerMode;3' >&5
     check "answers" await prints 'setBuzzerMode;3 -> 0 0'
-    echo 'getBuzzerMode' >&5
-    check "remembers" await prints 'getBuzzerMode -> 0 3'
+    echo 'getBuzzerMode;' >&5
+    check "remembers" await prints 'getBuzzerMode; -> 0 3'
     check "lets others be served meanwhile" same \
-        "$("$bin/ovik_request" --timeout 5 getBuzzerMode)" 'getBuzzerMode -> 0 3'
+        "$("$bin/ovikctl" --timeout 5 getBuzzerMode)" 3
     echo 'nonsense' >&5
-    check "answers what it does not know" await prints 'nonsense -> -8'
+    check "tells of what it does not know" await prints 'not expected: nonsense'
     echo 'quit' >&5
     close_terminal 0
 }

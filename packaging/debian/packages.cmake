@@ -54,9 +54,10 @@ set(CPACK_DEBIAN_SERVER_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_LIST_DIR}/prerm
     ${CMAKE_CURRENT_LIST_DIR}/postrm)
 
-ovik_package(tools utils "request tool for ovik_server"
-"ovik_request sends requests to the service from a shell and prints its
-responses.")
+ovik_package(tools utils "command-line client of ovik_server"
+"ovikctl sends requests to the service from a shell or a prompt of its
+own, watches values, waits for the service and the platform, and finds
+out what is wrong when they do not answer.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "ovik-server")
 
 ovik_package(client libs "client library of ovik_server"

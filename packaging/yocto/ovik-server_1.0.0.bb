@@ -14,7 +14,7 @@ SRCREV ?= "${AUTOREV}"
 S = "${WORKDIR}/git"
 
 # qtbase-native has the generators that run while building.
-DEPENDS = "qtbase qtbase-native"
+DEPENDS = "qtbase qtbase-native cli11 libedit nlohmann-json"
 
 inherit cmake_qt5 systemd
 
@@ -32,7 +32,7 @@ do_install:append() {
 SYSTEMD_SERVICE:${PN} = "ovik_server.service"
 
 PACKAGES =+ "${PN}-tools ${PN}-interfaces ${PN}-client"
-FILES:${PN}-tools = "${bindir}"
+FILES:${PN}-tools = "${bindir} ${datadir}/bash-completion ${datadir}/zsh"
 FILES:${PN}-interfaces = "${datadir}/dbus-1/interfaces"
 FILES:${PN}-client = "${libdir}/libovik_client.so.*"
 RRECOMMENDS:${PN} = "dbus"

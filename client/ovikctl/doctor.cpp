@@ -1,0 +1,180 @@
+#include "client/ovikctl/connection.h"
+#include "client/ovikctl/facilities.h"
+#include "client/ovikctl/output.h"
+#include "client/ovikctl/verbs.h"
+
+#include <cerrno>
+#include <optional>
+#include <sys/stat.h>
+
+namespace
+{
+/// What was found, each in a line with what to do about it.
+class Findings
+{
+public:
+    explicit Findings(const Settings& settings) : m_settings(settings) {}
+
+    void good(const std::string& what, const std::string& found) { print(what, found, ""); }
+
+    void bad(ExitCode code, const std::string& what, const std::string& found,
+             const std::string& cure)
+    {
+        if (m_result == allDone)
+            m_result = code;
+        print(what, found, cure);
+    }
+
+    int result() const { return m_result; }
+
+private:
+    void print(const std::string& what, const std::string& found, const std::string& cure) const
+    {
+        const bool isGood = cure.empty();
+        if (m_settings.json) {
+            JsonObject object;
+            object.add("check", what)
+                .addJson("good", isGood ? "true" : "false")
+                .add("found", found);
+            if (!isGood)
+                object.add("todo", cure);
+            printLine(object.text());
+            return;
+        }
+        const std::string mark = isGood ? paint(Style::Good, "good") : paint(Style::Bad, "BAD ");
+        printLine(mark + " " + what + ": " + found + (isGood ? "" : "; " + cure));
+    }
+
+    const Settings& m_settings;
+    int m_result = allDone;
+};
+
+constexpr const char* start = "start the service: systemctl start ovik_server";
+
+bool socketIsThere(const std::string& path, Findings& findings)
+{
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        if (errno == EACCES)
+            findings.bad(noPermission, "socket", "this user may not enter the folder of " + path,
+                         "be a user that may, as with sudo");
+        else
+            findings.bad(noService, "socket", "there is no " + path, start);
+        return false;
+    }
+    if (!S_ISSOCK(status.st_mode)) {
+        findings.bad(noService, "socket", path + " is there, but is no socket",
+                     "remove it and start the service");
+        return false;
+    }
+    findings.good("socket", path + " is there");
+    return true;
+}
+
+/// Null when nobody serves there.
+std::optional<Connection> connect(const std::string& path, const Deadline& deadline,
+                                  Findings& findings)
+{
+    try {
+        std::optional<Connection> connection(std::in_place, path, deadline);
+        findings.good("permission", "this user may use it");
+        findings.good("type", "somebody listens there, in the way of the service");
+        return connection;
+    } catch (const Failure& failure) {
+        if (failure.code == noPermission)
+            findings.bad(noPermission, "permission", "this user may not use " + path,
+                         "be the service's user, as with sudo, or let a group in: "
+                         "/usr/share/doc/ovik-server/examples/group-access.conf");
+        else if (failure.code == timedOut)
+            findings.bad(timedOut, "queue", "20 clients wait for the service already",
+                         "end those that are not needed: ss -xp | grep ovik_server");
+        else if (failure.systemError == EPROTOTYPE)
+            findings.bad(noService, "type", "the socket is of another type: not ovik_server's",
+                         "stop who listens there: ss -xlp; then start the service");
+        else if (failure.systemError == ECONNREFUSED)
+            findings.bad(noService, "service",
+                         "nobody listens: the socket is left from a service "
+                         "that was killed",
+                         start);
+        else
+            findings.bad(failure.code, "service", "cannot connect", failure.what());
+        return std::nullopt;
+    }
+}
+
+bool serviceAnswers(Connection& connection, const Deadline& deadline, Findings& findings)
+{
+    try {
+        if (connection.ask(noCommand, deadline).status == OVIK_NOT_RUN) {
+            findings.good("service", "it answers");
+            return true;
+        }
+    } catch (const Failure& failure) {
+        if (failure.code == timedOut) {
+            findings.bad(timedOut, "service",
+                         "no answer: it serves another client, one at a time, or waits for the "
+                         "platform",
+                         "see who is connected, ss -xp | grep ovik_server, or ask again");
+            return false;
+        }
+    }
+    findings.bad(noService, "service", "who answers does not speak the protocol",
+                 "stop who listens there: ss -xlp; then start the service");
+    return false;
+}
+
+bool isMissing(status_t status) { return status == OVIK_NO_PLATFORM || status == OVIK_EMPTY_SLOT; }
+
+void judge(const Facility& facility, status_t status, Findings& findings)
+{
+    if (status == OVIK_OK)
+        findings.good(facility.name, "answers");
+    else if (status == OVIK_EMPTY_SLOT)
+        findings.good(facility.name, "none is there");
+    else if (status == OVIK_NO_PLATFORM)
+        findings.bad(refused, facility.name, "the platform lacks it",
+                     std::string("see whether the platform should have ") + facility.object +
+                         ": busctl --system tree com.wenu.OVIK");
+    else
+        findings.bad(refused, facility.name, ovik_client_status_text(status), cureOf(status));
+}
+
+void examinePlatform(Connection& connection, Milliseconds bound, Findings& findings)
+{
+    std::vector<status_t> statuses;
+    try {
+        for (const Facility& facility : facilities)
+            statuses.push_back(connection.ask(facility.request, Deadline(bound)).status);
+    } catch (const Failure& failure) {
+        const Facility& asked = facilities[statuses.size()];
+        if (failure.code == timedOut)
+            findings.bad(timedOut, "platform",
+                         std::string("it does not answer what is asked of its ") + asked.name,
+                         "restart the platform's service; the service waits 25 s for each answer");
+        else
+            findings.bad(failure.code, "service", "it ended meanwhile", failure.what());
+        return;
+    }
+    if (std::all_of(statuses.begin(), statuses.end(), isMissing)) {
+        findings.bad(refused, "platform", "there is none yet",
+                     "see whether it is on the service's bus: busctl --system status "
+                     "com.wenu.OVIK; the service looks for it every second");
+        return;
+    }
+    findings.good("platform", "adopted");
+    for (size_t i = 0; i < statuses.size(); ++i)
+        judge(facilities[i], statuses[i], findings);
+}
+} // namespace
+
+int runDoctor(const Settings& settings)
+{
+    const Milliseconds bound = settings.bound(5s);
+    Findings findings(settings);
+    if (!socketIsThere(settings.socket, findings))
+        return findings.result();
+    auto connection = connect(settings.socket, Deadline(bound), findings);
+    if (connection && serviceAnswers(*connection, Deadline(bound), findings))
+        examinePlatform(*connection, bound, findings);
+    return findings.result();
+}

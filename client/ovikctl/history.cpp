@@ -1,0 +1,75 @@
+#include "client/ovikctl/history.h"
+
+#include "ovik_server/command_table.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace
+{
+constexpr int maxLines = 1000;
+
+History* makeHistory()
+{
+    History* const result = history_init();
+    HistEvent ignored;
+    history(result, &ignored, H_SETSIZE, maxLines);
+    history(result, &ignored, H_SETUNIQUE, 1);
+    return result;
+}
+
+std::filesystem::path folder()
+{
+    const char* const state = getenv("XDG_STATE_HOME");
+    const char* const home = getenv("HOME");
+    if (state && *state == '/')
+        return std::filesystem::path(state) / "ovikctl";
+    if (home && *home == '/')
+        return std::filesystem::path(home) / ".local/state/ovikctl";
+    return {};
+}
+
+/// Wherever a command stands in the line: it may be one of several, or behind an option.
+bool mayHaveSecret(std::string line)
+{
+    const auto isQuote = [](char c) { return c == '"' || c == '\'' || c == '\\'; };
+    line.erase(std::remove_if(line.begin(), line.end(), isQuote), line.end());
+    return std::any_of(commandTable.begin(), commandTable.end(), [&](const Command& command) {
+        return command.hasSecret() && line.find(command.word) != std::string::npos;
+    });
+}
+} // namespace
+
+LineHistory::LineHistory() : m_lines(makeHistory())
+{
+    const std::filesystem::path where = folder();
+    std::error_code error;
+    if (where.empty())
+        return;
+    std::filesystem::create_directories(where, error);
+    if (error)
+        return;
+    m_path = where / "history";
+    HistEvent ignored;
+    history(m_lines, &ignored, H_LOAD, m_path.c_str());
+}
+
+LineHistory::~LineHistory() { history_end(m_lines); }
+
+void LineHistory::add(const std::string& line, bool forFile)
+{
+    HistEvent ignored;
+    history(m_lines, &ignored, H_ENTER, line.c_str());
+    if (!forFile || m_path.empty() || mayHaveSecret(line))
+        return;
+    // Read again, as other sessions write to it, too.
+    History* const file = makeHistory();
+    history(file, &ignored, H_LOAD, m_path.c_str());
+    history(file, &ignored, H_ENTER, line.c_str());
+    const mode_t before = umask(0077);
+    history(file, &ignored, H_SAVE, m_path.c_str());
+    umask(before);
+    history_end(file);
+}

@@ -1,0 +1,192 @@
+#include "client/ovikctl/output.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <unistd.h>
+
+using nlohmann::json;
+
+namespace
+{
+/// Bytes that are no UTF-8, as in a document that comes as Latin-1, become U+FFFD.
+std::string jsonString(std::string_view text)
+{
+    return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+/// The text as it is when it is JSON, which has line breaks between its parts only; else a string:
+/// the service cuts a long document.
+std::string documentOf(std::string text)
+{
+    if (!json::accept(text))
+        return jsonString(text);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    std::replace(text.begin(), text.end(), '\r', ' ');
+    return text;
+}
+
+std::string listOf(const std::vector<unsigned char>& bytes) { return json(bytes).dump(); }
+
+void addSystemInfo(JsonObject& object, const Command& command, const ovik_client_system_info& info)
+{
+    std::istringstream names(command.answer);
+    std::string name;
+    std::getline(names, name, ',');
+    object.add(name.c_str(), info.moduleName);
+    std::getline(names, name, ',');
+    object.add(name.c_str(), info.hwCode);
+    std::getline(names, name, ',');
+    object.add(name.c_str(), info.manufactureCode);
+}
+
+void addOutcome(JsonObject& object, const ovik_client_outcome& outcome)
+{
+    object.add("value", outcome.result);
+    if (*outcome.details == 0)
+        return;
+    std::istringstream details(outcome.details);
+    std::string service;
+    std::string command;
+    std::string result;
+    std::getline(details, service, ';');
+    std::getline(details, command, ';');
+    std::getline(details, result, '\0');
+    JsonObject of;
+    of.add("service", service).add("command", command).addJson("result", documentOf(result));
+    object.addJson("outcome", of.text());
+}
+
+/// False when the answer is not of its command's shape.
+bool addValue(JsonObject& object, const Command& command, const ovik_client_answer& answer)
+{
+    switch (command.shape) {
+    case Shape::Status:
+        return true;
+    case Shape::Unsigned: {
+        unsigned value = 0;
+        if (ovik_client_unsigned(&answer, &value) != OVIK_CLIENT_OK)
+            return false;
+        object.add("value", value);
+        return true;
+    }
+    case Shape::Signed: {
+        int value = 0;
+        if (ovik_client_signed(&answer, &value) != OVIK_CLIENT_OK)
+            return false;
+        object.add("value", value);
+        return true;
+    }
+    case Shape::Size: {
+        uint64_t value = 0;
+        if (ovik_client_size(&answer, &value) != OVIK_CLIENT_OK)
+            return false;
+        object.addJson("value", std::to_string(value));
+        return true;
+    }
+    case Shape::Text:
+        object.addJson("value", command.answer == std::string_view("json")
+                                    ? documentOf(answer.text)
+                                    : jsonString(answer.text));
+        return true;
+    case Shape::SystemInfo: {
+        ovik_client_system_info info = {};
+        if (ovik_client_system_information(&answer, &info) != OVIK_CLIENT_OK)
+            return false;
+        addSystemInfo(object, command, info);
+        return true;
+    }
+    case Shape::Bytes: {
+        std::vector<unsigned char> bytes(answer.length / 2 + 1);
+        size_t count = 0;
+        if (ovik_client_bytes(&answer, bytes.data(), bytes.size(), &count) != OVIK_CLIENT_OK)
+            return false;
+        bytes.resize(count);
+        object.addJson("value", listOf(bytes));
+        return true;
+    }
+    case Shape::Outcome: {
+        ovik_client_outcome outcome = {};
+        if (ovik_client_service_outcome(&answer, &outcome) != OVIK_CLIENT_OK)
+            return false;
+        addOutcome(object, outcome);
+        return true;
+    }
+    }
+    return false;
+}
+
+JsonObject objectFor(const Request& request)
+{
+    JsonObject object;
+    // A request that the table does not know may have a secret in a word it was mistyped for.
+    object.add("command", request.text.substr(0, request.text.find(';')));
+    return object;
+}
+} // namespace
+
+JsonObject& JsonObject::add(const char* name, std::string_view text)
+{
+    return addJson(name, jsonString(text));
+}
+
+JsonObject& JsonObject::add(const char* name, long long number)
+{
+    return addJson(name, std::to_string(number));
+}
+
+JsonObject& JsonObject::addJson(const char* name, const std::string& value)
+{
+    m_fields += (m_fields.size() > 1 ? "," : "") + jsonString(name) + ":" + value;
+    return *this;
+}
+
+std::string jsonOf(const Request& request, const ovik_client_answer& answer)
+{
+    JsonObject object = objectFor(request);
+    object.add("status", answer.status);
+    if (answer.status != OVIK_OK)
+        object.add("error", ovik_client_status_text(answer.status));
+    else if (!request.command || !addValue(object, *request.command, answer))
+        object.add("value", answer.text);
+    return object.text();
+}
+
+std::string jsonOf(const Request& request, const std::string& error)
+{
+    return objectFor(request).addJson("status", "null").add("error", error).text();
+}
+
+std::string lineOf(const Request& request, const ovik_client_answer& answer)
+{
+    std::string line = request.text + " -> " + std::to_string(answer.status);
+    // An empty text has its blank, too.
+    const bool isText = request.command && request.command->shape == Shape::Text;
+    if (answer.length > 0 || (isText && answer.status == OVIK_OK))
+        line += std::string(" ") + answer.text;
+    return line;
+}
+
+void printLine(const std::string& line)
+{
+    fwrite(line.data(), 1, line.size(), stdout);
+    putchar('\n');
+    fflush(stdout);
+}
+
+void complain(const std::string& text)
+{
+    fflush(stdout);
+    fprintf(stderr, "%s\n", text.c_str());
+}
+
+std::string paint(Style style, const std::string& text)
+{
+    const char* const noColor = getenv("NO_COLOR");
+    if (!isatty(STDOUT_FILENO) || (noColor && *noColor))
+        return text;
+    const char* const code = style == Style::Bold ? "1" : style == Style::Good ? "32" : "31";
+    return std::string("\033[") + code + "m" + text + "\033[0m";
+}

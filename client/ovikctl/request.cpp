@@ -1,0 +1,133 @@
+#include "client/ovikctl/request.h"
+
+#include "client/ovikctl/failure.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <fstream>
+#include <histedit.h>
+#include <iostream>
+#include <memory>
+
+namespace
+{
+Failure usage(const std::string& text) { return {wrongUsage, text}; }
+
+/// The service reads anything else as 0.
+void requireNumber(const std::string& name, const std::string& text)
+{
+    int value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error == std::errc::result_out_of_range)
+        throw usage(name + ": " + text +
+                    " does not fit: give a number from -2147483648 to "
+                    "2147483647");
+    if (error != std::errc() || stop != end)
+        throw usage(name + ": \"" + text + "\" is not a whole number: give one, such as 1 or -1");
+}
+
+void requireNoSeparator(const std::string& name, const std::string& text)
+{
+    if (text.find(';') != std::string::npos)
+        throw usage(name + ": the protocol separates its fields by \";\" and cannot carry one in "
+                           "an argument: leave it out");
+}
+
+/// "setBuzzerMode mode"
+std::string formOf(const Command& command)
+{
+    std::string form = command.word;
+    for (int i = 0; i < command.argumentCount(); ++i)
+        form += std::string(" ") + command.arguments[static_cast<size_t>(i)].name;
+    return form;
+}
+
+std::string firstWordOf(const std::string& text, const char* separators)
+{
+    return text.substr(0, text.find_first_of(separators));
+}
+} // namespace
+
+Milliseconds Request::bound() const
+{
+    return command && command->shape == Shape::Outcome ? 70s : 30s;
+}
+
+Request rawRequest(const std::string& text)
+{
+    if (text.size() > OVIK_CLIENT_REQUEST_MAX)
+        throw failureOf(OVIK_CLIENT_BAD_REQUEST, "");
+    return {text, findCommand(firstWordOf(text, ";"))};
+}
+
+Request requestOf(const Command& command, const std::vector<std::string>& arguments)
+{
+    if (arguments.size() != static_cast<size_t>(command.argumentCount()))
+        throw usage(std::string(command.word) + " takes " +
+                    std::to_string(command.argumentCount()) + " argument(s), not " +
+                    std::to_string(arguments.size()) + ": " + formOf(command));
+    std::string text = command.word;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const Argument& argument = command.arguments[i];
+        requireNoSeparator(argument.name, arguments[i]);
+        if (argument.kind == ArgumentKind::Number)
+            requireNumber(argument.name, arguments[i]);
+        text += ';' + arguments[i];
+    }
+    return rawRequest(text);
+}
+
+bool isRaw(const std::string& line)
+{
+    return firstWordOf(line, " \t").find(';') != std::string::npos;
+}
+
+std::vector<std::string> wordsOf(const std::string& line)
+{
+    const std::unique_ptr<Tokenizer, decltype(&tok_end)> tokenizer(tok_init(nullptr), tok_end);
+    int count = 0;
+    const char** words = nullptr;
+    if (tok_str(tokenizer.get(), line.c_str(), &count, &words) != 0)
+        throw usage("a quote or a backslash at the end is left open: close it");
+    return {words, words + count};
+}
+
+Request requestOfLine(const std::string& line)
+{
+    if (isRaw(line))
+        return rawRequest(line);
+    std::vector<std::string> words = wordsOf(line);
+    const std::string word = words.empty() ? "" : words.front();
+    const Command* const command = findCommand(word);
+    if (!command)
+        throw usage("there is no command \"" + word + "\": ovikctl list tells the commands");
+    words.erase(words.begin());
+    return requestOf(*command, words);
+}
+
+std::vector<Request> requestsOfFile(const std::string& name)
+{
+    std::ifstream file;
+    if (name != "-") {
+        file.open(name);
+        if (!file)
+            throw usage("cannot read " + name + " (" + strerror(errno) +
+                        "): name a file of requests, or - for standard input");
+    }
+    std::istream& in = name == "-" ? std::cin : file;
+    std::vector<Request> requests;
+    std::string line;
+    for (int number = 1; std::getline(in, line); ++number) {
+        if (line.empty() || line.front() == '#')
+            continue;
+        try {
+            requests.push_back(requestOfLine(line));
+        } catch (const Failure& failure) {
+            throw Failure(failure.code, name + ":" + std::to_string(number) + ": " +
+                                            failure.what() + "; nothing was sent");
+        }
+    }
+    return requests;
+}

@@ -1,0 +1,356 @@
+// The prompt of ovikctl and what else it does at a terminal, through a terminal of the test's own.
+
+#include "tests/support/commands.h"
+#include "tests/support/ovikctl.h"
+#include "tests/support/private_bus.h"
+#include "tests/support/server.h"
+#include "tests/support/terminal.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <iterator>
+#include <sys/stat.h>
+
+namespace
+{
+struct Panel {
+    PrivateBus bus;
+    FakePlatform platform;
+    Server server;
+};
+
+class Prompt : public testing::Test
+{
+protected:
+    static void SetUpTestSuite() { panel = std::make_unique<Panel>(); }
+    static void TearDownTestSuite() { panel.reset(); }
+    void SetUp() override
+    {
+        answerCommands(panel->platform);
+        if (!panel->server.process().running())
+            panel->server.start(); // after a quit
+        ASSERT_TRUE(panel->server.waitForPlatform());
+    }
+
+    /// A session that shows its prompt.
+    std::unique_ptr<Terminal> open(const Words& options = {})
+    {
+        auto terminal = std::make_unique<Terminal>(ovikctl(options), environment);
+        EXPECT_TRUE(terminal->shows(prompt));
+        return terminal;
+    }
+
+    std::string historyFile() const
+    {
+        std::ifstream file(dir.path("state/ovikctl/history"));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    static std::unique_ptr<Panel> panel;
+    const std::string prompt = "ovikctl> ";
+    TempDir dir;
+    Words environment = {"XDG_STATE_HOME=" + dir.path("state"), "HOME=" + dir.path("home")};
+};
+std::unique_ptr<Panel> Prompt::panel;
+
+TEST_F(Prompt, AnswersWhatIsTypedInEitherForm)
+{
+    const auto terminal = open();
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+    terminal->type("setVolatileParameter k 'two words'\n");
+    EXPECT_TRUE(terminal->shows("\r\n0\r\n"));
+    EXPECT_TRUE(panel->platform.waitForCall("\"two words\""));
+    terminal->type("getBrightness;\n");
+    EXPECT_TRUE(terminal->shows("getBrightness; -> 0 75\r\n"));
+    terminal->type("nonsense\n");
+    EXPECT_TRUE(terminal->shows("not expected: nonsense"));
+    terminal->type("setBuzzerMode x\n");
+    EXPECT_TRUE(terminal->shows("mode: \"x\" is not a whole number"));
+    terminal->type("getHWPluginIO 9 0\n");
+    EXPECT_TRUE(terminal->shows("-10: "));
+    terminal->type("getBrightness 'open\n");
+    EXPECT_TRUE(terminal->shows("left open: close it"));
+    terminal->type("getBrightness --json\n");
+    EXPECT_TRUE(terminal->shows("{\"command\":\"getBrightness\",\"status\":0,\"value\":75}"));
+    terminal->type("help setBuzzerMode\n");
+    EXPECT_TRUE(terminal->shows("Example: ovikctl setBuzzerMode 1"));
+    EXPECT_TRUE(terminal->shows(prompt));
+}
+
+TEST_F(Prompt, TakesTheOptionsItWasStartedWith)
+{
+    const auto terminal = open({"--json"});
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\"value\":75}"));
+}
+
+TEST_F(Prompt, LetsOthersBeServedWhileItWaitsForALine)
+{
+    const auto terminal = open();
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "0 75");
+}
+
+// --- TAB -----------------------------------------------------------------------------------------
+
+TEST_F(Prompt, CompletesACommandThatIsTheOnlyOne)
+{
+    const auto terminal = open();
+    terminal->type("getBri" + keys::tab);
+    EXPECT_TRUE(terminal->shows("ghtness "));
+    terminal->type("\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+}
+
+TEST_F(Prompt, CompletesWhatSeveralHaveInCommonThenListsThem)
+{
+    const auto terminal = open();
+    terminal->type("setBu" + keys::tab);
+    EXPECT_TRUE(terminal->shows("zzer"));
+    terminal->type(keys::tab);
+    for (const char* command :
+         {"setBuzzerMode ", "setBuzzerUserControl", "setBuzzerOnTime", "setBuzzerOffTime"})
+        EXPECT_TRUE(terminal->shows(command)) << command;
+    EXPECT_TRUE(terminal->shows(prompt + "setBuzzer"));
+    terminal->type("Mode 1\n");
+    EXPECT_TRUE(terminal->shows("\r\n4294967293\r\n"));
+}
+
+TEST_F(Prompt, TellsWhichArgumentComesNext)
+{
+    const std::vector<std::pair<std::string, std::string>> table = {
+        {"setHWPluginIO ", "setHWPluginIO [slot] index value  place in the list of the modules"},
+        {"setHWPluginIO 0 ", "setHWPluginIO slot [index] value  I/O point or LED"},
+        {"setHWPluginIO;0;1;", "setHWPluginIO slot index [value]  the value, one digit"},
+        {"setVolatileParameter 'a b' ", "setVolatileParameter key [value]  its value"},
+        {"getBrightness ", "getBrightness  nothing more"},
+        {"batch ", "batch [file]  One request in each line"},
+    };
+    for (const auto& [line, hint] : table) {
+        const auto terminal = open();
+        terminal->type(line + keys::tab);
+        EXPECT_TRUE(terminal->shows("\r\n" + hint)) << line << "\n" << terminal->screen();
+        EXPECT_TRUE(terminal->shows(prompt + line.substr(0, line.size() - 1)));
+    }
+}
+
+TEST_F(Prompt, CompletesToolsOptionsAndCommandsToWatchOrToHaveExplained)
+{
+    const std::vector<std::pair<std::string, std::string>> table = {
+        {"doc", "tor "},
+        {"watch --int", "erval "},
+        {"getBrightness --jso", "n "},
+        {"watch getBri", "ghtness "},
+        {"help getBri", "ghtness "},
+        {"exi", "t "},
+    };
+    for (const auto& [line, rest] : table) {
+        const auto terminal = open();
+        terminal->type(line);
+        EXPECT_TRUE(terminal->shows(line));
+        terminal->type(keys::tab);
+        EXPECT_TRUE(terminal->shows(rest)) << line << "\n" << terminal->screen();
+    }
+}
+
+TEST_F(Prompt, RingsWhenThereIsNothingToComplete)
+{
+    for (const std::string line : {"nonsense", "nonsense ", "getBrightness 'open"}) {
+        const auto terminal = open();
+        terminal->type(line + keys::tab);
+        EXPECT_TRUE(terminal->shows("\a")) << line;
+    }
+}
+
+// --- History -------------------------------------------------------------------------------------
+
+TEST_F(Prompt, RemembersLinesForTheNextSession)
+{
+    auto terminal = open();
+    terminal->type("getBuzzerMode\n");
+    EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
+    terminal->type("exit\n");
+    EXPECT_EQ(terminal->wait(), 0);
+
+    terminal = open();
+    terminal->type(keys::up);
+    EXPECT_TRUE(terminal->shows("getBuzzerMode"));
+    terminal->type("\n");
+    EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
+
+    struct stat status = {};
+    ASSERT_EQ(stat(dir.path("state/ovikctl/history").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+}
+
+TEST_F(Prompt, KeepsTheLinesOfSessionsSideBySide)
+{
+    const auto first = open();
+    const auto second = open();
+    first->type("getBuzzerMode\n");
+    EXPECT_TRUE(first->shows("\r\n2\r\n"));
+    EXPECT_TRUE(first->shows(prompt));
+    second->type("getBrightness\n");
+    EXPECT_TRUE(second->shows("\r\n75\r\n"));
+    EXPECT_TRUE(second->shows(prompt));
+    EXPECT_NE(historyFile().find("getBuzzerMode"), std::string::npos);
+    EXPECT_NE(historyFile().find("getBrightness"), std::string::npos);
+}
+
+TEST_F(Prompt, KeepsSecretsOutOfTheFileButRecallsThemInTheSession)
+{
+    const auto terminal = open();
+    for (const std::string line :
+         {"setInterfaceConfigJson eth0 s3cret", "setInterfaceConfigJson;eth0;s3cret",
+          "serviceCommand wifi connect s3cret", "--json serviceCommand wifi connect s3cret",
+          "raw 'serviceCommand;wifi;connect;s3cret'", "service'Command' wifi connect s3cret",
+          "serviceComand wifi connect s3cret", "serviceCommand s3cret", "s3cret",
+          "setInterfaceConfigJson eth0 'a;s3cret'", "setInterfaceConfigJsn;eth0;s3cret"}) {
+        terminal->type(line + "\n");
+        EXPECT_TRUE(terminal->shows("\r\n")) << line;
+        EXPECT_TRUE(terminal->shows(prompt)) << line;
+    }
+    terminal->type(keys::up);
+    EXPECT_TRUE(terminal->shows("s3cret"));
+    terminal->type(keys::ctrlC + "getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+    EXPECT_TRUE(terminal->shows(prompt));
+    EXPECT_NE(historyFile().find("getBrightness"), std::string::npos);
+    EXPECT_EQ(historyFile().find("s3cret"), std::string::npos) << historyFile();
+}
+
+TEST_F(Prompt, WorksWithoutAPlaceForItsHistory)
+{
+    environment = {"XDG_STATE_HOME=/proc/nowhere"};
+    const auto terminal = open();
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+    EXPECT_TRUE(terminal->shows(prompt));
+}
+
+// --- The service's end and the prompt's ----------------------------------------------------------
+
+TEST_F(Prompt, ReachesAServiceThatWasRestarted)
+{
+    const auto terminal = open();
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+    EXPECT_EQ(Client(serverSocket).request("quit"), "0");
+    EXPECT_EQ(panel->server.process().wait(), 0);
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("no service at"));
+    panel->server.start();
+    ASSERT_TRUE(panel->server.waitForPlatform());
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+}
+
+TEST_F(Prompt, EndsTheServiceAndItselfWithQuit)
+{
+    for (const char* line : {"quit\n", "quit;\n"}) {
+        if (!panel->server.process().running())
+            panel->server.start();
+        const auto terminal = open();
+        terminal->type(line);
+        EXPECT_EQ(terminal->wait(), 0);
+        EXPECT_EQ(panel->server.process().wait(), 0);
+    }
+}
+
+TEST_F(Prompt, LeavesWithCtrlDAndWithExit)
+{
+    for (const std::string& line : {keys::ctrlD, std::string("exit\n"), std::string(" exit \n")}) {
+        const auto terminal = open();
+        EXPECT_FALSE(terminal->isPlain());
+        terminal->type(line);
+        EXPECT_EQ(terminal->wait(), 0);
+        EXPECT_TRUE(terminal->isPlain());
+    }
+}
+
+TEST_F(Prompt, ClearsTheLineWithCtrlC)
+{
+    const auto terminal = open();
+    terminal->type("saveBrightness 1");
+    EXPECT_TRUE(terminal->shows("saveBrightness 1"));
+    terminal->type(keys::ctrlC);
+    EXPECT_TRUE(terminal->shows(prompt));
+    panel->platform.takeCalls();
+    terminal->type("\ngetBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+    EXPECT_EQ(panel->platform.takeCalls(),
+              Words{"/Backlight com.wenu.OVIK.Backlight.getBrightness()"});
+}
+
+TEST_F(Prompt, GivesUpARequestThatWaitsWithCtrlC)
+{
+    Client other(serverSocket);
+    EXPECT_EQ(other.request("getBrightness"), "0 75");
+    const auto terminal = open();
+    terminal->type("getBuzzerMode\n");
+    EXPECT_TRUE(terminal->shows("getBuzzerMode\r\n"));
+    // Its own process waits, once it is there.
+    EXPECT_TRUE(waitUntil([&] { return terminal->isPlain(); }));
+    terminal->type(keys::ctrlC);
+    EXPECT_TRUE(terminal->shows(prompt));
+    other.disconnect();
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+}
+
+TEST_F(Prompt, LeavesThePlainTerminalWhenASignalEndsIt)
+{
+    for (const int number : {SIGTERM, SIGHUP}) {
+        const auto terminal = open();
+        EXPECT_TRUE(waitUntil([&] { return !terminal->isPlain(); }));
+        kill(terminal->pid(), number);
+        EXPECT_EQ(terminal->wait(), 128 + number);
+        EXPECT_TRUE(terminal->isPlain());
+    }
+}
+
+// --- Other verbs at a terminal -------------------------------------------------------------------
+
+class AtATerminal : public Prompt
+{
+protected:
+    const std::string bold = "\033[1m";
+    const std::string green = "\033[32m";
+};
+
+TEST_F(AtATerminal, WatchDrawsItsTableInPlaceWithWhatIsNewInBold)
+{
+    Terminal terminal(ovikctl({"watch", "getBrightness", "getBuzzerMode", "--interval", "0.1"}));
+    EXPECT_TRUE(terminal.shows("getBrightness  75\r\ngetBuzzerMode  2\r\n"));
+    EXPECT_TRUE(terminal.shows("\033[3A\r\033[J"));
+    EXPECT_EQ(terminal.screen().find(bold), std::string::npos);
+    panel->platform.answer("Backlight.getBrightness", replyWith("i", 76));
+    EXPECT_TRUE(terminal.shows(bold + "getBrightness  76"));
+    terminal.type(keys::ctrlC);
+    EXPECT_EQ(terminal.wait(), 128 + SIGINT);
+}
+
+TEST_F(AtATerminal, WatchShowsALongValueInOneLine)
+{
+    panel->platform.answer("OVIK.getAllSystemParametersJSON",
+                           replyText("{\n\033[2J" + std::string(500, 'x') + "}"));
+    Terminal terminal(ovikctl({"watch", "getAllSystemParametersJson", "--interval", "0.1"}));
+    EXPECT_TRUE(terminal.shows("getAllSystemParametersJson  {  [2J" + std::string(65, 'x') +
+                               "\r\n\033[2A"));
+}
+
+TEST_F(AtATerminal, DoctorHasColoursUnlessNoColorIsSet)
+{
+    Terminal coloured(ovikctl({"doctor"}));
+    EXPECT_TRUE(coloured.shows(green + "good"));
+    EXPECT_EQ(coloured.wait(), 0);
+    Terminal plain(ovikctl({"doctor"}), {"NO_COLOR=1"});
+    EXPECT_EQ(plain.wait(), 0);
+    EXPECT_EQ(plain.screen().find("\033"), std::string::npos);
+    EXPECT_EQ(run({"doctor"}).output.find("\033"), std::string::npos) << "no terminal";
+}
+} // namespace

@@ -1,0 +1,640 @@
+// ovikctl as its user sees it: what it sends, prints and ends with. The real service and a platform
+// that answers what a test says; a server of the test's own for what the service never does.
+
+#include "client/ovik_client.h"
+#include "ovik_server/command_table.h"
+#include "tests/support/commands.h"
+#include "tests/support/ovikctl.h"
+#include "tests/support/private_bus.h"
+#include "tests/support/scripted_peer.h"
+#include "tests/support/server.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <sys/stat.h>
+
+using nlohmann::json;
+
+namespace
+{
+/// "getBrightness", "40" of "getBrightness;40".
+Words split(const std::string& text, char separator)
+{
+    Words words;
+    size_t begin = 0;
+    for (size_t end = 0; end != std::string::npos; begin = end + 1) {
+        end = text.find(separator, begin);
+        words.push_back(text.substr(begin, end - begin));
+    }
+    return words;
+}
+
+Words examplesOf(const Command& command)
+{
+    Words words = {command.word};
+    for (int i = 0; i < command.argumentCount(); ++i)
+        words.emplace_back(command.arguments[static_cast<size_t>(i)].example);
+    return words;
+}
+
+bool contains(const std::string& text, const std::string& part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+std::string namelessTest(const testing::TestParamInfo<const Command*>& info)
+{
+    return info.param->word;
+}
+
+std::vector<const Command*> allCommands()
+{
+    std::vector<const Command*> commands;
+    for (const Command& command : commandTable)
+        commands.push_back(&command);
+    return commands;
+}
+
+// --- With a simulated panel ----------------------------------------------------------------------
+
+struct SimulatedPanel {
+    PrivateBus bus;
+    Process panel{commandOf(OVIK_PANEL_SIM_PATH)};
+    Server server;
+};
+
+class Example : public testing::TestWithParam<const Command*>
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        panel = std::make_unique<SimulatedPanel>();
+        ASSERT_TRUE(panel->server.waitForPlatform());
+    }
+    static void TearDownTestSuite() { panel.reset(); }
+    void SetUp() override
+    {
+        if (!panel->server.process().running())
+            panel->server.start(); // after a quit
+        ASSERT_TRUE(panel->server.waitForPlatform());
+    }
+    static Ran runExample(const Words& options)
+    {
+        Words words = examplesOf(*GetParam());
+        words.insert(words.end(), options.begin(), options.end());
+        const Ran result = run(words);
+        if (words.front() == "quit") {
+            EXPECT_EQ(panel->server.process().wait(), 0);
+        }
+        return result;
+    }
+    static std::unique_ptr<SimulatedPanel> panel;
+};
+std::unique_ptr<SimulatedPanel> Example::panel;
+
+INSTANTIATE_TEST_SUITE_P(Table, Example, testing::ValuesIn(allCommands()), namelessTest);
+
+TEST_P(Example, OfTheTableIsAnsweredWithOneValue)
+{
+    const Command& command = *GetParam();
+    const Ran result = runExample({});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    const auto lines = std::count(result.output.begin(), result.output.end(), '\n');
+    EXPECT_EQ(lines, command.shape == Shape::Status ? 0 : 1) << result.output;
+}
+
+TEST_P(Example, IsAnObjectWithJson)
+{
+    const Ran result = runExample({"--json"});
+    EXPECT_EQ(result.status, 0);
+    const json object = json::parse(result.output, nullptr, false);
+    ASSERT_TRUE(object.is_object()) << result.output;
+    EXPECT_EQ(object["command"], GetParam()->word);
+    EXPECT_EQ(object["status"], 0);
+}
+
+TEST_P(Example, HelpTellsTheArgumentsAndAnExample)
+{
+    const Command& command = *GetParam();
+    const Ran result = run({command.word, "--help"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(contains(result.output, command.help));
+    EXPECT_TRUE(contains(result.output, std::string("Example: ovikctl ") + command.word));
+    for (int i = 0; i < command.argumentCount(); ++i) {
+        const Argument& argument = command.arguments[static_cast<size_t>(i)];
+        EXPECT_TRUE(contains(result.output, argument.name)) << argument.name;
+        EXPECT_TRUE(contains(result.output, argument.meaning)) << argument.meaning;
+    }
+}
+
+TEST_P(Example, WithOneArgumentTooFewOrTooManyIsWrongUsage)
+{
+    const Command& command = *GetParam();
+    Words words = examplesOf(command);
+    words.emplace_back("more");
+    Ran result = run(words);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_TRUE(contains(result.errors, "ovikctl " + words.front() + " --help")) << result.errors;
+
+    words.resize(words.size() - 2);
+    if (words.empty())
+        return; // it takes none
+    result = run(words);
+    EXPECT_EQ(result.status, 2);
+    const Argument& missing = command.arguments[words.size() - 1];
+    EXPECT_TRUE(contains(result.errors, std::string(missing.name) + " is required"))
+        << result.errors;
+}
+
+// --- With a platform that answers what the test says ---------------------------------------------
+
+struct Panel {
+    PrivateBus bus;
+    FakePlatform platform;
+    Server server;
+};
+
+class Ovikctl : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        panel = std::make_unique<Panel>();
+        ASSERT_TRUE(panel->server.waitForPlatform());
+    }
+    static void TearDownTestSuite() { panel.reset(); }
+    void SetUp() override
+    {
+        answerCommands(platform);
+        platform.takeCalls();
+    }
+
+    static std::unique_ptr<Panel> panel;
+    FakePlatform& platform = panel->platform;
+};
+std::unique_ptr<Panel> Ovikctl::panel;
+
+TEST_F(Ovikctl, SendsEachCommandWithItsArgumentsAndPrintsTheValueAlone)
+{
+    for (const CommandRow& row : commandRows()) {
+        platform.answer(row.member, row.reply);
+        const Ran result = run(split(row.request(), ';'));
+        EXPECT_EQ(result.status, 0) << row.word;
+        EXPECT_EQ("0 " + result.output, row.response + "\n");
+        EXPECT_EQ(result.errors, "");
+        EXPECT_EQ(platform.takeCalls(), row.calls);
+    }
+}
+
+TEST_F(Ovikctl, TakesArgumentsThatLookLikeOtherThings)
+{
+    for (const std::string value : {"list", "getBrightness", "", "[1,2]", "a b", "{}", "raw"}) {
+        EXPECT_EQ(run({"setVolatileParameter", "k", value}).status, 0) << value;
+        EXPECT_EQ(platform.takeCalls(),
+                  Words{"/ com.wenu.OVIK.setVolatileParameter(ss) \"k\" \"" + value + "\""});
+    }
+    EXPECT_EQ(run({"setVolatileParameter", "k", "--", "--json"}).status, 0);
+    EXPECT_EQ(platform.takeCalls(),
+              Words{"/ com.wenu.OVIK.setVolatileParameter(ss) \"k\" \"--json\""});
+    for (const std::string number : {"-2147483648", "-1", "2147483647"}) {
+        EXPECT_EQ(run({"saveBrightness", number}).status, 0) << number;
+        EXPECT_EQ(platform.takeCalls(),
+                  Words{"/Backlight com.wenu.OVIK.Backlight.saveBrightness(i) " + number});
+    }
+}
+
+TEST_F(Ovikctl, TellsValuesOfEachShapeAsJson)
+{
+    platform.answer("OVIK.getSystemParameter", replyText("a \"b\"\n"));
+    platform.answer("StorageMgr.getStorageInfoJSON", replyText("{\"free\":\n1}"));
+    platform.answer("NetworkManager.getConfigJSON", replyText("{\"cut"));
+    platform.answer("OVIK.getAllSystemParametersJSON",
+                    replyText("{\"big\":12345678901234567890123}"));
+    platform.answer("PartitionInfo.version", replyBytes("1.5"));
+    const std::vector<std::pair<Words, std::string>> table = {
+        {{"getBrightness"}, R"("value":75)"},
+        {{"setBuzzerMode", "1"}, R"("value":4294967293)"},
+        {{"serviceStop", "ssh"}, R"("value":-2)"},
+        {{"getAvailableMemory"}, R"("value":5000000000)"},
+        {{"getSystemParameter", "k"}, R"("value":"a \"b\"\n")"},
+        {{"mainOsVersion"}, R"("value":"1.5")"},
+        {{"getStorageInfoJson", "data"}, R"("value":{"free": 1})"},
+        {{"getNetworkConfigJson"}, R"("value":"{\"cut")"},
+        {{"getAllSystemParametersJson"}, R"("value":{"big":12345678901234567890123})"},
+        {{"getSystemInfo"}, R"("name":"PANEL","hardware":17,"manufacturer":513)"},
+        {{"seepromRead", "0", "3"}, R"("value":[1,171,0])"},
+        {{"seepromRead", "0", "0"}, R"("value":[])"},
+        {{"serviceCommand", "ntp", "sync", "{}"}, R"("value":4)"},
+    };
+    for (const auto& [words, value] : table) {
+        Words withJson = words;
+        withJson.insert(withJson.begin(), "--json");
+        EXPECT_EQ(run(withJson).output,
+                  R"({"command":")" + words.front() + R"(","status":0,)" + value + "}\n");
+    }
+}
+
+TEST_F(Ovikctl, TellsBytesThatAreNoUtf8AsReplacements)
+{
+    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"\u00fc\"}")); // Latin-1
+    const json object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
+    EXPECT_EQ(object["value"], "{\"n\":\"\ufffd\"}");
+}
+
+TEST_F(Ovikctl, QuietPrintsFailuresOnly)
+{
+    Ran result = run({"-q", "getBrightness"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output + result.errors, "");
+    result = run({"getHWPluginIO", "9", "0", "--quiet"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors.substr(0, 4), "-10:");
+}
+
+TEST_F(Ovikctl, TellsThatItsOutputCannotBeWritten)
+{
+    Words words = {"sh", "-c", "exec \"$@\" >/dev/full", "sh"};
+    for (const std::string& word : ovikctl({"getBrightness"}))
+        words.push_back(word);
+    Process process(words);
+    EXPECT_EQ(process.wait(), 1);
+    EXPECT_EQ(process.errors(), "cannot write to standard output: see whether its disk is full\n");
+}
+
+// --- Raw requests and batches --------------------------------------------------------------------
+
+TEST_F(Ovikctl, RawSendsRequestsAsTheyAreAndGoesOnAfterARefusal)
+{
+    Ran result = run({"raw", "getSystemParameter;k;more", "nonsense;1", "[a,b]", "getBrightness"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "getSystemParameter;k;more -> 0 \nnonsense;1 -> -8\n[a,b] -> -8\n"
+                             "getBrightness -> 0 75\n");
+    EXPECT_TRUE(contains(result.errors, "nonsense: -8: there is no such command")) << result.errors;
+
+    result = runWithInput("getBrightness\n\nserviceStop;ssh", {"raw"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "getBrightness -> 0 75\nserviceStop;ssh -> 0 -2\n");
+    EXPECT_EQ(run({"raw", "getBrightness", "--json"}).output,
+              "{\"command\":\"getBrightness\",\"status\":0,\"value\":75}\n");
+}
+
+TEST_F(Ovikctl, BatchTakesAFileOfRequestsInEitherForm)
+{
+    const std::string requests = "# a comment\n\ngetBrightness\n"
+                                 "setVolatileParameter;page;two words\n"
+                                 "setVolatileParameter page 'two words'\n";
+    const std::string lines = "getBrightness -> 0 75\n"
+                              "setVolatileParameter;page;two words -> 0 0\n"
+                              "setVolatileParameter;page;two words -> 0 0\n";
+    Ran result = runWithInput(requests, {"batch", "-"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, lines);
+    const TempDir dir;
+    std::ofstream(dir.path("file")) << requests;
+    EXPECT_EQ(run({"batch", dir.path("file")}).output, lines);
+
+    result = runWithInput("nonsense;\ngetBrightness\n", {"batch", "-"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "nonsense; -> -8\ngetBrightness -> 0 75\n");
+    EXPECT_EQ(run({"batch", "/dev/null"}).status, 0);
+}
+
+TEST_F(Ovikctl, BatchSendsNothingWhenALineIsWrong)
+{
+    const std::vector<std::pair<std::string, std::string>> table = {
+        {"getBrightness\nsaveBrightness x\n", "-:2: value: \"x\" is not a whole number"},
+        {"getBrightness\nnonsense\n", "-:2: there is no command \"nonsense\""},
+        {"saveBrightness 1 2\n", "-:1: saveBrightness takes 1 argument(s), not 2"},
+        {"getBrightness\n\n'open\n", "-:3: a quote or a backslash at the end is left open"},
+        {"setVolatileParameter k 'a;b'\n", "-:1: value: the protocol separates"},
+    };
+    for (const auto& [input, error] : table) {
+        const Ran result = runWithInput(input, {"batch", "-"});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(result.errors.substr(0, error.size()), error);
+        EXPECT_TRUE(contains(result.errors, "; nothing was sent\n")) << result.errors;
+    }
+    EXPECT_TRUE(platform.takeCalls().empty());
+    EXPECT_TRUE(contains(run({"batch", "/nonexistent"}).errors, "cannot read /nonexistent"));
+    EXPECT_EQ(run({"batch", "/nonexistent"}).status, 2);
+}
+
+TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
+{
+    // Answers nothing before it has seen them all.
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        for (int i = 0; i < 20; ++i)
+            self.receive();
+        for (int i = 0; i < 20; ++i)
+            self.answer("0 " + std::to_string(i));
+        self.receive();
+    });
+    std::string requests;
+    for (int i = 0; i < 20; ++i)
+        requests += "getBrightness\n";
+    const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(contains(result.output, "getBrightness -> 0 0\ngetBrightness -> 0 1\n"));
+}
+
+/// Answers that many and ends.
+auto stopsAfter(int answers)
+{
+    return [answers](ScriptedPeer& self) {
+        self.accept();
+        for (int i = 0; i < answers; ++i) {
+            self.receive();
+            self.answer("0 " + std::to_string(i));
+        }
+        self.receive(); // of the next, nobody knows
+        self.disconnect();
+    };
+}
+
+TEST(OvikctlBatch, TellsWhatWasAnsweredAndSentWhenTheServiceEndsInTheMiddle)
+{
+    const std::string requests = "getBrightness\ngetBuzzerMode\nsetBuzzerMode 1\ngetSysCounter\n";
+    {
+        ScriptedPeer peer(stopsAfter(2));
+        const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
+        EXPECT_EQ(result.status, 8);
+        EXPECT_EQ(result.output, "getBrightness -> 0 0\ngetBuzzerMode -> 0 1\n");
+        EXPECT_EQ(result.errors,
+                  "answered: 1 (getBrightness) to 2 (getBuzzerMode)\n"
+                  "sent, perhaps done: 3 (setBuzzerMode) to 4 (getSysCounter)\n"
+                  "never left, not done: none\n"
+                  "the service closed the connection: it has ended; see why with journalctl -u "
+                  "ovik_server, and start it\n");
+    }
+    ScriptedPeer peer(stopsAfter(3));
+    const Ran result = runWithInput(requests, {"--json", "--socket", peer.path(), "batch", "-"});
+    EXPECT_TRUE(contains(result.output, "{\"command\":\"getSysCounter\",\"status\":null,"
+                                        "\"error\":\"sent, perhaps done\"}\n"))
+        << result.output;
+}
+
+TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
+{
+    ScriptedPeer peer(stopsAfter(1));
+    std::string requests = "getBrightness\n"; // and more than a socket holds
+    for (int i = 0; i < 3000; ++i)
+        requests += "setVolatileParameter;k;" + std::string(4000, 'x') + "\n";
+    const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(contains(result.errors, "answered: 1 (getBrightness)\n"
+                                        "sent, perhaps done: 2 (setVolatileParameter)"))
+        << result.errors;
+    EXPECT_TRUE(contains(result.errors, " to 3001 (setVolatileParameter)\n")) << result.errors;
+    EXPECT_FALSE(contains(result.errors, "not done: none")) << result.errors;
+}
+
+// --- Failures ------------------------------------------------------------------------------------
+
+TEST(OvikctlFailure, OfTheServiceIsToldInWordsWithWhatCuresIt)
+{
+    const std::vector<std::pair<status_t, std::string>> table = {
+        {-1, "ovikctl doctor tells which"},
+        {-3, "read 0 to 65535 bytes; if you do, restart the service"},
+        {-4, "see the platform's own log, or its calls with busctl monitor com.wenu.OVIK"},
+        {-8, "ovikctl list tells the commands and their arguments"},
+        {-9, "try again when the platform has ended the service's earlier command"},
+        {-10, "count the modules that are there, from 0; ovikctl doctor tells of the platform"},
+        {-12, "ask getHWPluginLedMode or getHWPluginIoMode which points have mode 2"},
+    };
+    for (const auto& [status, cure] : table) {
+        const std::string number = std::to_string(status);
+        const std::string words = ovik_client_status_text(status);
+        {
+            ScriptedPeer peer([&](ScriptedPeer& self) {
+                self.accept();
+                self.receive();
+                self.answer(number);
+            });
+            const Ran result = run({"--socket", peer.path(), "getBrightness"});
+            EXPECT_EQ(result.status, 1);
+            EXPECT_EQ(result.output, "");
+            EXPECT_EQ(result.errors, number + ": " + words + "; " + cure + "\n");
+        }
+        ScriptedPeer peer([&](ScriptedPeer& self) {
+            self.accept();
+            self.receive();
+            self.answer(number);
+        });
+        const Ran result = run({"--socket", peer.path(), "getBrightness", "--json"});
+        EXPECT_EQ(result.output, "{\"command\":\"getBrightness\",\"status\":" + number +
+                                     ",\"error\":\"" + words + "\"}\n");
+    }
+}
+
+TEST(OvikctlFailure, OfUsageIsToldBeforeAnythingIsSent)
+{
+    const std::vector<std::pair<Words, std::string>> table = {
+        {{}, "usage: ovikctl [OPTIONS] COMMAND"},
+        {{"nonsense"}, "not expected: nonsense; ovikctl --help tells the commands"},
+        {{"setBuzzerMode;1"}, "ovikctl raw sends a request as it is"},
+        {{"--nonsense", "getBrightness"}, "not expected: --nonsense; "},
+        {{"setBuzzerMode", "x"}, "mode: \"x\" is not a whole number"},
+        {{"setBuzzerMode", ""}, "mode: \"\" is not a whole number"},
+        {{"setBuzzerMode", "1.5"}, "is not a whole number"},
+        {{"setBuzzerMode", " 1"}, "is not a whole number"},
+        {{"setBuzzerMode", "0x10"}, "is not a whole number"},
+        {{"setBuzzerMode", "2147483648"}, "2147483648 does not fit: give a number from "},
+        {{"setBuzzerMode", "-2147483649"}, "-2147483649 does not fit: give a number from "},
+        {{"setVolatileParameter", "k", "a;b"}, "value: the protocol separates its fields by \";\""},
+        {{"setVolatileParameter", ";", "v"}, "key: the protocol separates its fields by \";\""},
+        {{"setBuzzerMode", "1;2"}, "mode: the protocol separates its fields by \";\""},
+        {{"getVolatileParameter", std::string(5000, 'x')},
+         "the request is longer than the 4999 bytes that the service takes"},
+        {{"raw", std::string(5000, 'x')}, "the request is longer than the 4999 bytes"},
+        {{"--timeout", "0", "getBrightness"}, "--timeout: "},
+        {{"--timeout", "soon", "getBrightness"}, "--timeout"},
+        {{"--socket", std::string(108, 'x'), "getBrightness"}, "at most 107 bytes"},
+        {{"watch"}, "command is required; ovikctl watch --help"},
+        {{"watch", "nonsense"}, "there is no command \"nonsense\""},
+        {{"completion", "fish"}, "fish"},
+        {{"batch"}, "file is required"},
+    };
+    for (const auto& [words, error] : table) {
+        Words nowhere = words;
+        if (!words.empty() && words.front() != "--socket")
+            nowhere.insert(nowhere.begin(), {"--socket", "/nonexistent"});
+        const Ran result = run(nowhere);
+        EXPECT_EQ(result.status, 2) << error;
+        EXPECT_EQ(result.output, "") << error;
+        EXPECT_TRUE(contains(result.errors, error)) << result.errors;
+    }
+}
+
+TEST(OvikctlFailure, WithoutAServiceIs8)
+{
+    const TempDir dir;
+    Ran result = run({"--socket", dir.path("none"), "getBrightness", "--json"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_EQ(result.errors, "no service at " + dir.path("none") +
+                                 ": start it, systemctl start ovik_server, or name its socket with "
+                                 "--socket\n");
+    EXPECT_EQ(json::parse(result.output)["status"], nullptr);
+
+    ScriptedPeer stream([](ScriptedPeer&) {}, SOCK_STREAM);
+    result = run({"--socket", stream.path(), "getBrightness"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(contains(result.errors, "is not ovik_server: stop it")) << result.errors;
+}
+
+TEST(OvikctlFailure, OfAServiceThatEndsOrDoesNotSpeakTheProtocolIs8)
+{
+    {
+        ScriptedPeer peer([](ScriptedPeer& self) {
+            self.accept();
+            self.receive();
+            self.disconnect();
+        });
+        const Ran result = run({"--socket", peer.path(), "getBrightness"});
+        EXPECT_EQ(result.status, 8);
+        EXPECT_TRUE(contains(result.errors, "the service closed the connection")) << result.errors;
+    }
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("hello");
+    });
+    const Ran result = run({"--socket", peer.path(), "getBrightness"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(contains(result.errors, "does not speak the protocol of ovik_server"));
+}
+
+/// Takes a client and never answers it.
+void saysNothing(ScriptedPeer& self)
+{
+    self.accept();
+    while (!self.receive().empty()) {
+    }
+}
+
+TEST(OvikctlFailure, WithoutAnAnswerInTimeIs3)
+{
+    ScriptedPeer peer(saysNothing);
+    const auto start = std::chrono::steady_clock::now();
+    const Ran result = run({"--socket", peer.path(), "--timeout", "0.3", "getBrightness"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_GE(millisecondsSince(start), 300);
+    EXPECT_TRUE(contains(result.errors, "no answer in time: the service serves another client"))
+        << result.errors;
+    EXPECT_TRUE(contains(result.errors, "--timeout")) << result.errors;
+}
+
+TEST(OvikctlFailure, WithoutPermissionIs4)
+{
+    ScriptedPeer peer([](ScriptedPeer&) {});
+    chmod(peer.path().c_str(), 0);
+    const Ran result = run({"--socket", peer.path(), "getBrightness"}, withoutPrivilege());
+    EXPECT_EQ(result.status, 4);
+    EXPECT_TRUE(contains(result.errors, "this user may not use " + peer.path())) << result.errors;
+}
+
+// --- Waiting and watching ------------------------------------------------------------------------
+
+TEST(OvikctlWait, TellsWhatIsMissingWhenTheTimeIsOver)
+{
+    const TempDir dir;
+    const Ran result = run({"wait", "--timeout", "0.3", "--socket", dir.path("none")});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(contains(result.errors, "no service at")) << result.errors;
+}
+
+TEST(OvikctlWait, EndsWhenTheServiceAndThenThePlatformAnswer)
+{
+    PrivateBus bus;
+    FakePlatform platform(FakePlatform::wholePanel(), false);
+    std::unique_ptr<Server> server;
+    Process wait(ovikctl({"wait"}));
+    Process waitForPlatform(ovikctl({"wait", "--platform"}));
+    server = std::make_unique<Server>();
+    EXPECT_EQ(wait.wait(), 0);
+    EXPECT_EQ(wait.output() + wait.errors(), "");
+
+    const Ran result = run({"wait", "--platform", "--timeout", "0.5"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(contains(result.errors, "no platform yet")) << result.errors;
+    EXPECT_TRUE(waitForPlatform.running());
+
+    answerCommands(platform);
+    platform.ownName();
+    EXPECT_EQ(waitForPlatform.wait(), 0);
+}
+
+TEST_F(Ovikctl, WaitIsOverInTimeWhileAnotherClientIsServed)
+{
+    Client other(serverSocket);
+    EXPECT_EQ(other.request("getBrightness"), "0 75");
+    const Ran result = run({"wait", "--timeout", "1.5"});
+    EXPECT_EQ(result.status, 3);
+}
+
+TEST_F(Ovikctl, WatchPrintsALineForEachCommandInEachRound)
+{
+    Process watch(ovikctl({"watch", "getBrightness", "getHWPluginIO 1 3", "--interval", "0.1"}));
+    EXPECT_TRUE(watch.waitForOutput(" getBrightness 75\n"));
+    EXPECT_TRUE(watch.waitForOutput(" getHWPluginIO;1;3 1\n"));
+    platform.answer("Backlight.getBrightness", replyWith("i", 76));
+    EXPECT_TRUE(watch.waitForOutput(" getBrightness 76\n"));
+    platform.answer("Backlight.getBrightness", replyError("com.wenu.OVIK.Failed"));
+    EXPECT_TRUE(watch.waitForOutput(" getBrightness -4: the platform answered with an error"));
+    EXPECT_EQ(run({"getBuzzerMode"}).status, 0) << "others are served in between";
+    EXPECT_FALSE(contains(watch.output(), "\033"));
+    watch.signal(SIGINT);
+    EXPECT_EQ(watch.wait(), 128 + SIGINT);
+}
+
+TEST_F(Ovikctl, WatchGoesOnWhenTheServiceComesBack)
+{
+    Process watch(ovikctl({"watch", "getBrightness", "--interval", "0.1", "--json"}));
+    EXPECT_TRUE(watch.waitForOutput(R"({"command":"getBrightness","status":0,"value":75})"));
+    EXPECT_EQ(run({"quit"}).status, 0);
+    EXPECT_EQ(panel->server.process().wait(), 0);
+    EXPECT_TRUE(watch.waitForErrors("no service at"));
+    panel->server.start();
+    ASSERT_TRUE(panel->server.waitForPlatform());
+    watch.newOutput();
+    EXPECT_TRUE(waitUntil([&] { return contains(watch.newOutput(), "\"value\":75}"); }));
+}
+
+// --- What it tells of itself ---------------------------------------------------------------------
+
+TEST(OvikctlTells, EveryCommandInItsHelpAndItsList)
+{
+    const Ran help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    const Ran list = run({"list"});
+    EXPECT_EQ(list.status, 0);
+    std::istringstream objects(run({"list", "--json"}).output);
+    for (const Command& command : commandTable) {
+        EXPECT_TRUE(contains(help.output, std::string("  ") + command.word));
+        EXPECT_TRUE(contains("\n" + list.output, std::string("\n") + command.word + " "));
+        EXPECT_TRUE(contains(list.output, command.help));
+        std::string line;
+        std::getline(objects, line);
+        const json object = json::parse(line);
+        EXPECT_EQ(object["command"], command.word);
+        EXPECT_EQ(int(object["arguments"].size()), command.argumentCount());
+    }
+    for (const char* verb :
+         {"raw", "batch", "list", "wait", "watch", "doctor", "completion", "Exit status"})
+        EXPECT_TRUE(contains(help.output, verb)) << verb;
+}
+
+TEST(OvikctlTells, ItsVersion)
+{
+    const Ran result = run({"--version"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "ovikctl " OVIK_VERSION "\n");
+}
+} // namespace

@@ -1,0 +1,42 @@
+#include "tests/support/ovikctl.h"
+
+#include <fstream>
+#include <unistd.h>
+
+namespace
+{
+Ran runWords(const Words& words)
+{
+    Process process(words);
+    const int status = process.wait();
+    return {status, process.output(), process.errors()};
+}
+} // namespace
+
+Words ovikctl(const Words& arguments) { return commandOf(OVIKCTL_PATH, arguments); }
+
+Ran run(const Words& arguments, const Words& prefix)
+{
+    Words words = prefix;
+    for (const std::string& word : ovikctl(arguments))
+        words.push_back(word);
+    return runWords(words);
+}
+
+Ran runWithInput(const std::string& input, const Words& arguments)
+{
+    const TempDir dir;
+    const std::string file = dir.path("input");
+    std::ofstream(file) << input;
+    Words words = {"sh", "-c", R"(file=$1; shift; exec "$@" <"$file")", "sh", file};
+    for (const std::string& word : ovikctl(arguments))
+        words.push_back(word);
+    return runWords(words);
+}
+
+Words withoutPrivilege()
+{
+    if (geteuid() != 0)
+        return {};
+    return {"setpriv", "--bounding-set=-dac_override,-dac_read_search"};
+}
