@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <sstream>
 #include <sys/stat.h>
 
@@ -389,11 +390,12 @@ TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
         requests += "setVolatileParameter;k;" + std::string(4000, 'x') + "\n";
     const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
     EXPECT_EQ(result.status, 8);
-    EXPECT_TRUE(contains(result.errors, "answered: 1 (getBrightness)\n"
-                                        "sent, perhaps done: 2 (setVolatileParameter)"))
-        << result.errors;
-    EXPECT_TRUE(contains(result.errors, " to 3001 (setVolatileParameter)\n")) << result.errors;
-    EXPECT_FALSE(contains(result.errors, "not done: none")) << result.errors;
+    std::smatch found;
+    const std::regex told("answered: 1 \\(getBrightness\\)\n"
+                          "sent, perhaps done: (?:2 .* to )?([0-9]+) .*\n"
+                          "never left, not done: ([0-9]+) .* to 3001 .*\n[^]*");
+    ASSERT_TRUE(std::regex_match(result.errors, found, told)) << result.errors;
+    EXPECT_EQ(std::stoi(found[2]), std::stoi(found[1]) + 1) << result.errors;
 }
 
 // --- Failures ------------------------------------------------------------------------------------

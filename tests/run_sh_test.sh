@@ -121,7 +121,7 @@ another_server_that_lives() {
     check "is told of" complains "another server listens at $socket"
     check "nothing is printed" same "$(cat "$work/out")" ''
     check "nothing is started" nothing_runs
-    check "the other lives on" same "$("$bin/ovikctl" raw getBuzzerMode)" 'getBuzzerMode -> -1'
+    check "the other lives on" same "$("$bin/ovikctl" raw getBuzzerMode 2>/dev/null)" 'getBuzzerMode -> -1'
     "$bin/ovikctl" quit
     exits 0 wait "$server"
     nothing_is_left

@@ -217,7 +217,8 @@ public:
         el_set(m_editor, EL_GETCFN, readCharacter);
         el_set(m_editor, EL_EDITOR, "emacs");
         el_set(m_editor, EL_HIST, history, lines.lines());
-        el_set(m_editor, EL_ADDFN, "ovikctl-tab", "Complete what is typed", onTab);
+        // Of other than wide texts, the editor makes copies that it does not release.
+        el_wset(m_editor, EL_ADDFN, L"ovikctl-tab", L"Complete what is typed", onTab);
         el_set(m_editor, EL_BIND, "^I", "ovikctl-tab", nullptr);
         el_set(m_editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
         el_source(m_editor, nullptr);
