@@ -367,7 +367,7 @@ ovik_client_error ovik_client_unsigned(const ovik_client_answer* answer, unsigne
         return OVIK_CLIENT_REFUSED;
     const char* const end = scan_in_range(answer->text, 0, UINT_MAX, &wide);
     if (!end || *end != 0)
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     *value = (unsigned int)wide;
     return OVIK_CLIENT_OK;
 }
@@ -379,7 +379,7 @@ ovik_client_error ovik_client_signed(const ovik_client_answer* answer, int* valu
         return OVIK_CLIENT_REFUSED;
     const char* const end = scan_int(answer->text, &number);
     if (!end || *end != 0)
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     *value = number;
     return OVIK_CLIENT_OK;
 }
@@ -392,7 +392,7 @@ ovik_client_error ovik_client_size(const ovik_client_answer* answer, uint64_t* v
         return OVIK_CLIENT_REFUSED;
     const char* const end = scan_number(answer->text, &negative, &magnitude);
     if (!end || *end != 0 || (negative && magnitude > (uint64_t)INT64_MAX + 1))
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     *value = negative ? 0 - magnitude : magnitude;
     return OVIK_CLIENT_OK;
 }
@@ -427,10 +427,10 @@ ovik_client_error ovik_client_system_information(const ovik_client_answer* answe
     int64_t manufacture;
     if (!middle || (size_t)(middle - text) >= sizeof info->moduleName ||
         scan_in_range(middle + 1, 0, 255, &code) != last)
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     const char* const end = scan_in_range(last + 1, 0, 65535, &manufacture);
     if (!end || *end != 0)
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     memset(info->moduleName, 0, sizeof info->moduleName);
     memcpy(info->moduleName, text, (size_t)(middle - text));
     info->hwCode = (unsigned int)code;
@@ -459,10 +459,10 @@ ovik_client_error ovik_client_bytes(const ovik_client_answer* answer, unsigned c
     const char* const text = answer->text;
     const size_t all = (strlen(text) + 1) / 3;
     if (strlen(text) != (all == 0 ? 0 : 3 * all - 1) || all > size)
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     for (size_t i = 0; i < all; ++i) {
         if (!is_byte(text + 3 * i) || (i > 0 && text[3 * i - 1] != ','))
-            return OVIK_CLIENT_BAD_ANSWER;
+            return OVIK_CLIENT_WRONG_SHAPE;
     }
     for (size_t i = 0; i < all; ++i)
         bytes[i] = (unsigned char)(hex_digit(text[3 * i]) << 4 | hex_digit(text[3 * i + 1]));
@@ -478,11 +478,11 @@ ovik_client_error ovik_client_service_outcome(const ovik_client_answer* answer,
         return OVIK_CLIENT_REFUSED;
     const char* const end = scan_int(answer->text, &result);
     if (!end || (*end != 0 && *end != ';'))
-        return OVIK_CLIENT_BAD_ANSWER;
+        return OVIK_CLIENT_WRONG_SHAPE;
     if (*end == ';') {
         const char* const second = strchr(end + 1, ';');
         if (!second || !strchr(second + 1, ';'))
-            return OVIK_CLIENT_BAD_ANSWER;
+            return OVIK_CLIENT_WRONG_SHAPE;
     }
     outcome->result = result;
     outcome->details = *end == ';' ? end + 1 : end;
@@ -501,15 +501,19 @@ const char* ovik_client_error_text(ovik_client_error error)
     case OVIK_CLIENT_NO_PERMISSION:
         return "this user may not use the socket";
     case OVIK_CLIENT_TIMED_OUT:
-        return "no answer in time: the service is busy, or serves another client";
+        return "no answer in time: the service is busy, or serves another client; a request that "
+               "was "
+               "sent may still be carried out";
     case OVIK_CLIENT_CLOSED:
         return "the service closed the connection";
     case OVIK_CLIENT_BAD_ANSWER:
-        return "the answer is not of the form that was expected";
+        return "the answer has no status, has no NUL at its end, or is too long";
     case OVIK_CLIENT_BAD_REQUEST:
         return "the request is too long, has no field, or has a field with \";\" in it";
     case OVIK_CLIENT_REFUSED:
         return "the answer's status is a failure";
+    case OVIK_CLIENT_WRONG_SHAPE:
+        return "the answer is not of the shape that was asked for";
     case OVIK_CLIENT_NOT_CONNECTED:
         return "the client is not connected any more, as an earlier call failed";
     case OVIK_CLIENT_SYSTEM:

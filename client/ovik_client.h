@@ -22,6 +22,8 @@
  * - After any error but OVIK_CLIENT_BAD_REQUEST the connection is closed and is not used again, as
  *   the answer to come would be taken for the next one's: every further request answers
  *   OVIK_CLIENT_NOT_CONNECTED. Close the client and open another.
+ * - A request that was sent may be carried out although its answer did not come: the service does
+ * not look whether its client is still there. After a time-out, read before you write again.
  * - Threads: one client is used by one thread at a time; different clients do not know each other.
  *   There is no state outside of a client, and no signal: a service that is gone raises no SIGPIPE.
  * - Memory: ovik_client_open() allocates about 16 kB, nothing else does.
@@ -51,11 +53,11 @@ typedef enum ovik_client_error {
     OVIK_CLIENT_NO_PERMISSION, /**< this user may not use the socket */
     OVIK_CLIENT_TIMED_OUT,     /**< not connected or not answered by the deadline */
     OVIK_CLIENT_CLOSED,        /**< the service closed the connection, as it does when it ends */
-    OVIK_CLIENT_BAD_ANSWER,    /**< an answer without a status or its NUL, too long, or, from the
-                                    typed functions, of another shape than asked for */
+    OVIK_CLIENT_BAD_ANSWER,    /**< an answer without a status or its NUL, or too long */
     OVIK_CLIENT_BAD_REQUEST,   /**< too long, no field at all, or a field with ";" in it, which the
                                     protocol cannot carry; nothing was sent */
     OVIK_CLIENT_REFUSED,       /**< from the typed functions: the answer's status is a failure */
+    OVIK_CLIENT_WRONG_SHAPE,   /**< from the typed functions: the answer is of another shape */
     OVIK_CLIENT_NOT_CONNECTED, /**< an earlier call on this client failed */
     OVIK_CLIENT_SYSTEM         /**< no memory, no descriptor, …: errno tells */
 } ovik_client_error;
@@ -139,7 +141,7 @@ ovik_client_error ovik_client_batch(ovik_client* client, const char* const* requ
 
 /*
  * What an answer says, by the shape of its command's answer. Each writes its outputs on
- * OVIK_CLIENT_OK only; _REFUSED when the status is a failure; _BAD_ANSWER when the text is not
+ * OVIK_CLIENT_OK only; _REFUSED when the status is a failure; _WRONG_SHAPE when the text is not
  * exactly of that shape or does not fit. They need no client.
  */
 

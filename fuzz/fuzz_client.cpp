@@ -143,7 +143,7 @@ std::optional<Expected> understood(const std::string& message)
 /// @p valid is what the error must be; the outputs are written on OVIK_CLIENT_OK only.
 void checkError(status_t status, ovik_client_error error, bool valid, bool untouched)
 {
-    const ovik_client_error good = valid ? OVIK_CLIENT_OK : OVIK_CLIENT_BAD_ANSWER;
+    const ovik_client_error good = valid ? OVIK_CLIENT_OK : OVIK_CLIENT_WRONG_SHAPE;
     check(error == (status == OVIK_OK ? good : OVIK_CLIENT_REFUSED),
           "an answer is of a shape, or of another, or a failure");
     check(error == OVIK_CLIENT_OK || untouched, "only a good answer is written");

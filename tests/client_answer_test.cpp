@@ -14,7 +14,7 @@
 namespace
 {
 constexpr auto ok = OVIK_CLIENT_OK;
-constexpr auto bad = OVIK_CLIENT_BAD_ANSWER;
+constexpr auto bad = OVIK_CLIENT_WRONG_SHAPE;
 
 /// An answer of success whose text lies in memory of just its size, so that a sanitizer sees a read
 /// beyond it.
