@@ -46,12 +46,16 @@ stop() {
 }
 
 # attend COMMAND...: runs it with this script's input. As bash waits for nothing else, a signal to
-# this script is not kept until the command has ended.
+# this script is not kept until the command has ended. One that only sets "interrupted" ends no more
+# than the wait.
 attend() {
     "$@" <&3 &
     pids[attended]=$!
-    local status=0
-    wait $! || status=$?
+    local status interrupted=yes
+    while [ -n "$interrupted" ]; do
+        interrupted='' status=0
+        wait "${pids[attended]}" || status=$?
+    done
     unset "pids[attended]"
     return "$status"
 }
@@ -155,6 +159,7 @@ send_tour() {
 
 send_typed() {
     say "type requests, such as getBuzzerMode; quit or Ctrl-D ends"
+    trap 'interrupted=yes' INT # it clears the line, or ends the request
     attend "$bin/ovikctl"
 }
 

@@ -547,7 +547,7 @@ const char* ovik_client_status_text(status_t status)
     case OVIK_TIMEOUT:
         return "the service command had no outcome within 60 s";
     case OVIK_EMPTY_SLOT:
-        return "there is no platform yet, or no plug-in module at that place of the list";
+        return "there is no plug-in module at that place of the list, or no platform yet";
     case OVIK_WRONG_MODE:
         return "the point's mode is not 2, so it may not be set";
     default:

@@ -32,7 +32,7 @@ cp hello.c hello_cxx.cpp
 # says WHAT PROGRAM: it was built and finds no service, or it answers.
 says() {
     local output
-    output=$("$2" 2>&1) || { fail "$1: $output" && return; }
+    output=$("$2" 2>&1) || true # a failure, too, is told
     grep -qx -e 'no service listens at the socket' -e 'brightness [0-9]*' -e 'refused: .*' \
         -e 'no answer in time: .*' <<<"$output" || fail "$1 says: $output"
 }

@@ -167,21 +167,27 @@ ctrl_d_at_a_terminal() {
 
 ctrl_c_at_a_terminal() {
     open_terminal
-    printf '\003' >&5
-    close_terminal 130
+    printf 'setBuzzerMode;7\003' >&5
+    echo 'getBuzzerMode;' >&5
+    check "clears the line" await prints 'getBuzzerMode; -> 0 1'
+    printf '\004' >&5
+    close_terminal 0
 }
 
-a_termination_while_a_request_waits() {
+# ends_while_a_request_waits SIGNAL STATUS
+ends_while_a_request_waits() {
     local requests=(getBuzzerMode)
     # Each takes half a second.
     for _ in {1..40}; do requests+=('serviceCommand;wifi;scan;{}'); done
-    as_lock_holder "$run" "${requests[@]}" </dev/null &
+    as_lock_holder env --default-signal=INT "$run" "${requests[@]}" </dev/null &
     check "is under way" await prints 'getBuzzerMode -> 0 0'
-    kill -TERM $!
-    exits 143 wait $!
+    kill "-$1" $!
+    exits "$2" wait $!
     check "does not wait for the rest" test "$(grep -c scan "$work/out")" -lt 10
     nothing_is_left
 }
+a_termination_while_a_request_waits() { ends_while_a_request_waits TERM 143; }
+an_interrupt_while_a_request_waits() { ends_while_a_request_waits INT 130; }
 
 a_lock_that_a_test_holds() {
     as_lock_holder env -u OVIK_LOCK_HELD "$run" </dev/null &
@@ -207,6 +213,7 @@ flock --nonblock 9 || {
 for situation in the_tour requests_of_the_command_line a_quit_among_the_requests \
     a_request_that_is_refused a_link_to_a_place_with_a_blank another_server_that_lives \
     a_terminal ctrl_d_at_a_terminal ctrl_c_at_a_terminal a_termination_while_a_request_waits \
+    an_interrupt_while_a_request_waits \
     a_lock_that_a_test_holds a_lock_that_another_run_sh_holds; do
     printf '%s\n' "$situation"
     "$situation"
