@@ -76,7 +76,7 @@ for program in by_hand by_hand_cxx built/c_client built/cxx_client built/c_clien
     says "$program" "./$program"
 done
 [ "$(pkg-config --modversion ovik_client)" ] || fail "no version"
-LD_LIBRARY_PATH='' built/c_client_static >"$work/log" || fail "the static one needs the shared one"
+LD_LIBRARY_PATH='' says "the static one, without the shared one," built/c_client_static
 objdump -p "$libdir/libovik_client.so" | grep -q 'SONAME *libovik_client.so.1$' ||
     fail "the soname is not libovik_client.so.1"
 ! exported | grep -v '^ovik_client_' || fail "it exports more than its interface"
