@@ -1,6 +1,7 @@
 #include "bench/bench.h"
 #include "bench/contenders.h"
 #include "bench/proc.h"
+#include "tests/support/private_bus.h"
 
 #include <filesystem>
 #include <optional>
@@ -25,13 +26,32 @@ std::string kibibytes(const Rounds& ours, const Rounds& others)
     return format("%.0f / %.0f KiB", median(ours), median(others));
 }
 
+/// Of the service and of the minimal program on a panel with a module in each slot: nothing is
+/// missing there that the service would warn of.
+void measureWithoutWarning(Rounds& ours, Rounds& others)
+{
+    const std::string before = getenv("DBUS_SYSTEM_BUS_ADDRESS");
+    {
+        const PrivateBus bus;
+        Process panel({OVIK_PANEL_SIM_PATH, "--slots", "0,1,2,3"});
+        if (!panel.waitForOutput("ovik_panel_sim: ready"))
+            throw std::runtime_error("no whole panel: " + panel.errors());
+        Minimal minimal;
+        ReadyServer server;
+        ours.push_back(memoryOf(server.process().pid()).resident);
+        others.push_back(memoryOf(minimal.pid()).resident);
+    }
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", before.c_str(), 1);
+}
+
 void measureMemory(Report& report, const Effort& effort)
 {
     constexpr int load = 10000;
-    Rounds resident, own, loaded, bare, bareOwn, client;
+    Rounds resident, own, loaded, bare, bareOwn, client, whole, wholeBare;
     int threads = 0;
     int bareThreads = 0;
     for (int round = 0; round < effort.rounds(9); ++round) {
+        measureWithoutWarning(whole, wholeBare); // no other server may run
         Minimal minimal;
         Minimal withClient({"client"});
         ReadyServer server;
@@ -54,6 +74,8 @@ void measureMemory(Report& report, const Effort& effort)
                kibibytes(resident, bare), Goal::AtMost, 1.1);
     report.row("resident, after 10,000 more", against, quotients(loaded, bare),
                kibibytes(loaded, bare), Goal::AtMost, 1.1);
+    report.row("resident, no module missing", against, quotients(whole, wholeBare),
+               kibibytes(whole, wholeBare), Goal::AtMost, 1.1);
     report.row("resident, after the first answer", "the same by a QDBusInterface",
                quotients(resident, client), kibibytes(resident, client));
     report.row("private and written, after the first answer", against, quotients(own, bareOwn),
