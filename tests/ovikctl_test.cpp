@@ -258,14 +258,47 @@ TEST_F(Ovikctl, QuietPrintsFailuresOnly)
     EXPECT_EQ(result.errors.substr(0, 4), "-10:");
 }
 
-TEST_F(Ovikctl, TellsThatItsOutputCannotBeWritten)
+/// Runs it with a redirection of the shell's.
+Ran runRedirected(const std::string& redirection, const Words& arguments)
 {
-    Words words = {"sh", "-c", "exec \"$@\" >/dev/full", "sh"};
-    for (const std::string& word : ovikctl({"getBrightness"}))
+    Words words = {"sh", "-c", "exec \"$@\" " + redirection, "sh"};
+    for (const std::string& word : ovikctl(arguments))
         words.push_back(word);
     Process process(words);
-    EXPECT_EQ(process.wait(), 1);
-    EXPECT_EQ(process.errors(), "cannot write to standard output: see whether its disk is full\n");
+    const int status = process.wait();
+    return {status, process.output(), process.errors()};
+}
+
+TEST_F(Ovikctl, TellsThatItsOutputCannotBeWritten)
+{
+    for (const std::string redirection : {">/dev/full", ">&-"}) {
+        const Ran result = runRedirected(redirection, {"getBrightness"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, "cannot write to standard output: see whether it is open and its "
+                                 "disk not full\n");
+    }
+}
+
+TEST(OvikctlClosed, StandardDescriptorsSendNothingToTheService)
+{
+    const Words texts = {"setBuzzerMode;1", "getBrightness"};
+    for (const std::string redirection :
+         {">&-", "2>&-", "<&-", ">&- 2>&-", "<&- >&-", "<&- >&- 2>&-"}) {
+        Words received;
+        {
+            ScriptedPeer peer([&](ScriptedPeer& self) {
+                self.accept();
+                for (std::string text = self.receive(); !text.empty(); text = self.receive()) {
+                    received.push_back(text);
+                    self.answer("-8");
+                }
+            });
+            const Ran result =
+                runRedirected(redirection, {"--socket", peer.path(), "raw", texts[0], texts[1]});
+            EXPECT_EQ(result.status, 1) << redirection;
+        }
+        EXPECT_EQ(received, (Words{texts[0] + '\0', texts[1] + '\0'})) << redirection;
+    }
 }
 
 // --- Raw requests and batches --------------------------------------------------------------------
