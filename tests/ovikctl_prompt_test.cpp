@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sys/stat.h>
@@ -185,6 +186,29 @@ TEST_F(Prompt, RemembersLinesForTheNextSession)
     struct stat status = {};
     ASSERT_EQ(stat(dir.path("state/ovikctl/history").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
+    ASSERT_EQ(stat(dir.path("state/ovikctl").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0700u);
+    const std::filesystem::directory_iterator files(dir.path("state/ovikctl"));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "nothing is left but the history";
+}
+
+TEST_F(Prompt, LeavesALinkInPlaceOfItsHistoryAsItIs)
+{
+    std::filesystem::create_directories(dir.path("state/ovikctl"));
+    const std::string link = dir.path("state/ovikctl/history");
+    const std::string target = dir.path("target");
+    std::ofstream(target) << "kept";
+    chmod(target.c_str(), 0644);
+    std::filesystem::create_symlink(target, link);
+    const auto terminal = open();
+    terminal->type("getBuzzerMode\n");
+    EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
+    EXPECT_TRUE(terminal->shows(prompt));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(historyFile(), "kept");
+    struct stat status = {};
+    ASSERT_EQ(stat(target.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0644u);
 }
 
 TEST_F(Prompt, KeepsTheLinesOfSessionsSideBySide)
