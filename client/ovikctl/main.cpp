@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -17,6 +18,14 @@ void openStandardDescriptors()
         if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", O_RDONLY) == -1)
             _exit(refused);
     }
+}
+
+/// What is typed may be more than ASCII, also where no language is set.
+void useWideCharacters()
+{
+    setlocale(LC_CTYPE, "");
+    if (strcmp(setlocale(LC_CTYPE, nullptr), "C") == 0)
+        setlocale(LC_CTYPE, "C.UTF-8");
 }
 
 int promptOrUsage(const Settings& settings)
@@ -33,7 +42,7 @@ int promptOrUsage(const Settings& settings)
 int main(int argc, char* argv[])
 {
     openStandardDescriptors();
-    setlocale(LC_CTYPE, ""); // what is typed may be more than ASCII
+    useWideCharacters();
     const int result = CommandLine({}, promptOrUsage).run({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (fflush(stdout) == 0 && !ferror(stdout))
         return result;
