@@ -96,6 +96,19 @@ TEST_F(Prompt, LetsOthersBeServedWhileItWaitsForALine)
     EXPECT_EQ(Client(serverSocket).request("getBrightness"), "0 75");
 }
 
+TEST_F(Prompt, TakesWhatIsNotAsciiWithoutALanguage)
+{
+    for (const std::string language : {"LC_ALL=C", "LC_ALL=POSIX", "LC_ALL=xx_XX.UTF-8"}) {
+        environment.push_back(language);
+        const auto terminal = open();
+        panel->platform.takeCalls();
+        terminal->type("setVolatileParameter greet gr\u00fcn\n");
+        EXPECT_TRUE(terminal->shows("\r\n0\r\n"));
+        EXPECT_TRUE(panel->platform.waitForCall("\"gr\u00fcn\"")) << language;
+        environment.pop_back();
+    }
+}
+
 // --- TAB -----------------------------------------------------------------------------------------
 
 TEST_F(Prompt, CompletesACommandThatIsTheOnlyOne)
@@ -365,6 +378,45 @@ TEST_F(AtATerminal, WatchShowsALongValueInOneLine)
     Terminal terminal(ovikctl({"watch", "getAllSystemParametersJson", "--interval", "0.1"}));
     EXPECT_TRUE(terminal.shows("getAllSystemParametersJson  {  [2J" + std::string(65, 'x') +
                                "\r\n\033[2A"));
+}
+
+TEST_F(AtATerminal, AnAnswerHasNoControlCharactersButItsLineBreaks)
+{
+    panel->platform.answer("OVIK.getAllSystemParametersJSON",
+                           replyText("{\n\033[2J\u009b2J\x7f\r\u00fc}"));
+    const std::string shown = "{\r\n [2J  2J  \u00fc}\r\n";
+    const std::vector<std::pair<Words, std::string>> table = {
+        {{"getAllSystemParametersJson"}, shown},
+        {{"raw", "getAllSystemParametersJson"}, "getAllSystemParametersJson -> 0 " + shown},
+    };
+    for (const auto& [words, screen] : table) {
+        Terminal terminal(ovikctl(words));
+        EXPECT_EQ(terminal.wait(), 0);
+        EXPECT_EQ(terminal.screen(), screen);
+        EXPECT_NE(run(words).output.find("\033[2J\u009b2J\x7f\r"), std::string::npos)
+            << "no terminal";
+    }
+}
+
+TEST_F(AtATerminal, ARequestIsShownWithoutItsSecrets)
+{
+    const std::vector<std::pair<Words, std::string>> table = {
+        {{"raw", "setInterfaceConfigJson;eth0;a;s3cret"}, "setInterfaceConfigJson;eth0;... -> 0"},
+        {{"raw", "serviceCommand;wifi;connect;s3cret"}, "serviceCommand;wifi;connect;... -> 0 4"},
+        {{"raw", "setInterfaceConfigJsn;eth0;s3cret"}, "setInterfaceConfigJsn;... -> -8"},
+        {{"raw", "setVolatileParameter;k;v"}, "setVolatileParameter;k;v -> 0"},
+        {{"watch", "setInterfaceConfigJson eth0 s3cret"}, "setInterfaceConfigJson;eth0;...  "},
+    };
+    for (const auto& [words, line] : table) {
+        Terminal terminal(ovikctl(words));
+        EXPECT_TRUE(terminal.shows(line)) << terminal.screen();
+        terminal.type(keys::ctrlC);
+        terminal.wait();
+        EXPECT_EQ(terminal.screen().find("s3cret"), std::string::npos) << terminal.screen();
+        if (words.front() == "raw") {
+            EXPECT_EQ(run(words).output.find(words.back() + " -> "), 0u) << "no terminal";
+        }
+    }
 }
 
 TEST_F(AtATerminal, DoctorHasColoursUnlessNoColorIsSet)

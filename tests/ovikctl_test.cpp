@@ -240,11 +240,37 @@ TEST_F(Ovikctl, TellsValuesOfEachShapeAsJson)
     }
 }
 
-TEST_F(Ovikctl, TellsBytesThatAreNoUtf8AsReplacements)
+TEST_F(Ovikctl, TellsADocumentInLatin1AsJson)
 {
-    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"\u00fc\"}")); // Latin-1
-    const json object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
-    EXPECT_EQ(object["value"], "{\"n\":\"\ufffd\"}");
+    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"K\u00fcche\"}"));
+    EXPECT_TRUE(contains(run({"raw", "getNetworkConfigJson"}).output, "K\xfc")) << "as it was sent";
+    json object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
+    EXPECT_EQ(object["value"], (json{{"n", "K\u00fcche"}}));
+    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"K\u00fc"));
+    object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
+    EXPECT_EQ(object["value"], "{\"n\":\"K\u00fc");
+}
+
+TEST(OvikctlJson, TellsADocumentWithAByteOrderMarkAsJson)
+{
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0 \ufeff{\"n\":1}");
+    });
+    EXPECT_EQ(run({"--json", "--socket", peer.path(), "getNetworkConfigJson"}).output,
+              "{\"command\":\"getNetworkConfigJson\",\"status\":0,\"value\":{\"n\":1}}\n");
+}
+
+TEST(OvikctlJson, TellsATextThatWasCutWithinACharacterAsReplacement)
+{
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0 gr\xc3");
+    });
+    const Ran result = run({"--json", "--socket", peer.path(), "getVolatileParameter", "k"});
+    EXPECT_EQ(json::parse(result.output)["value"], "gr\ufffd");
 }
 
 TEST_F(Ovikctl, QuietPrintsFailuresOnly)
@@ -358,6 +384,43 @@ TEST_F(Ovikctl, BatchSendsNothingWhenALineIsWrong)
     EXPECT_TRUE(platform.takeCalls().empty());
     EXPECT_TRUE(contains(run({"batch", "/nonexistent"}).errors, "cannot read /nonexistent"));
     EXPECT_EQ(run({"batch", "/nonexistent"}).status, 2);
+}
+
+TEST_F(Ovikctl, RefusesALineWithANul)
+{
+    const std::string cut("getBrightness\nsaveBrightness;1\0;2\n", 34);
+    Ran result = runWithInput(cut, {"raw"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "getBrightness -> 0 75\n");
+    EXPECT_EQ(result.errors, "-:2: a NUL, which ends a request, is within the line: remove it\n");
+    for (const std::string& input : {cut, std::string("saveBrightness 1\0 2\n", 20)}) {
+        result = runWithInput(input, {"batch", "-"});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(contains(result.errors, "remove it; nothing was sent\n")) << result.errors;
+    }
+    EXPECT_EQ(platform.takeCalls(), Words{"/Backlight com.wenu.OVIK.Backlight.getBrightness()"});
+}
+
+TEST_F(Ovikctl, TellsThatItsInputCannotBeReadToItsEnd)
+{
+    const TempDir dir;
+    const std::string folder = dir.path("");
+    for (const Ran& result : {run({"batch", folder}), runRedirected("<" + folder, {"batch", "-"}),
+                              runRedirected("<" + folder, {"raw"})}) {
+        EXPECT_EQ(result.status, 2);
+        EXPECT_TRUE(contains(result.errors, "cannot read ")) << result.errors;
+        EXPECT_TRUE(contains(result.errors, "(Is a directory): name a file of requests"))
+            << result.errors;
+    }
+}
+
+TEST_F(Ovikctl, TakesLinesWithCarriageReturns)
+{
+    const std::string lines = "getBrightness -> 0 75\nsaveBrightness;1 -> 0 0\n";
+    const std::string input = "getBrightness\r\n\r\nsaveBrightness;1\r\n";
+    EXPECT_EQ(runWithInput(input, {"batch", "-"}).output, lines);
+    EXPECT_EQ(runWithInput(input, {"raw"}).output, lines);
 }
 
 TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
@@ -563,7 +626,9 @@ TEST(OvikctlFailure, WithoutAnAnswerInTimeIs3)
     EXPECT_GE(millisecondsSince(start), 300);
     EXPECT_TRUE(contains(result.errors, "no answer in time: the service serves another client"))
         << result.errors;
-    EXPECT_TRUE(contains(result.errors, "--timeout")) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "may still carry out the request; wait longer with "
+                                        "--timeout"))
+        << result.errors;
 }
 
 TEST(OvikctlFailure, WithoutPermissionIs4)
@@ -627,6 +692,13 @@ TEST_F(Ovikctl, WatchPrintsALineForEachCommandInEachRound)
     EXPECT_FALSE(contains(watch.output(), "\033"));
     watch.signal(SIGINT);
     EXPECT_EQ(watch.wait(), 128 + SIGINT);
+}
+
+TEST_F(Ovikctl, WatchPrintsNoSecrets)
+{
+    Process watch(ovikctl({"watch", "setInterfaceConfigJson eth0 s3cret"}));
+    EXPECT_TRUE(watch.waitForOutput(" setInterfaceConfigJson;eth0;... "));
+    EXPECT_FALSE(contains(watch.output(), "s3cret"));
 }
 
 TEST_F(Ovikctl, WatchGoesOnWhenTheServiceComesBack)

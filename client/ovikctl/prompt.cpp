@@ -123,8 +123,8 @@ std::string trimmed(const std::string& line)
 /// What was mistyped may have a secret behind a word that tells nothing, which the service refuses.
 bool isUnderstood(const std::string& line)
 {
-    const size_t separator = line.find(';');
-    return separator == std::string::npos || findCommand(line.substr(0, separator));
+    const std::string word = commandWordOf(line);
+    return word == line || findCommand(word);
 }
 
 bool isQuit(const std::string& line) { return line == "quit" || line.compare(0, 5, "quit;") == 0; }

@@ -4,8 +4,6 @@
 #include "client/ovikctl/output.h"
 #include "client/ovikctl/verbs.h"
 
-#include <iostream>
-
 namespace
 {
 bool hasValue(const Request& request)
@@ -13,18 +11,12 @@ bool hasValue(const Request& request)
     return !request.command || request.command->shape != Shape::Status;
 }
 
-/// With the command's word only: an argument may be a secret.
-std::string nameOf(const Request& request)
-{
-    return request.text.substr(0, request.text.find(';'));
-}
-
 /// Prints one of several answers; false for a failure.
 bool report(const Settings& settings, const Request& request, const ovik_client_answer& answer)
 {
-    printLine(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
-    if (answer.status != OVIK_OK)
-        complain(nameOf(request) + ": " + statusInWords(answer.status));
+    printAnswer(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
+    if (answer.status != OVIK_OK) // with the word only: an argument may be a secret
+        complain(commandWordOf(request.text) + ": " + statusInWords(answer.status));
     return answer.status == OVIK_OK;
 }
 } // namespace
@@ -36,9 +28,9 @@ int runRequest(const Settings& settings, const Request& request)
         Connection connection(settings.socket, deadline);
         const ovik_client_answer answer = connection.ask(request.text, deadline);
         if (settings.json)
-            printLine(jsonOf(request, answer));
+            printAnswer(jsonOf(request, answer));
         else if (answer.status == OVIK_OK && hasValue(request))
-            printLine(answer.text);
+            printAnswer(answer.text);
         if (answer.status == OVIK_OK)
             return allDone;
         complain(statusInWords(answer.status));
@@ -81,11 +73,8 @@ int runRaw(const Settings& settings, const std::vector<std::string>& texts)
     RawRequests requests(settings);
     for (const std::string& text : texts)
         requests.send(text);
-    std::string line;
-    while (texts.empty() && std::getline(std::cin, line)) {
-        if (!line.empty())
-            requests.send(line);
-    }
+    if (texts.empty())
+        forEachLine("-", [&](const std::string& line) { requests.send(line); });
     return requests.result();
 }
 
@@ -107,7 +96,7 @@ struct Batch {
     std::string range(size_t begin, size_t end) const
     {
         const auto name = [this](size_t index) {
-            return std::to_string(index + 1) + " (" + nameOf(requests[index]) + ")";
+            return std::to_string(index + 1) + " (" + commandWordOf(requests[index].text) + ")";
         };
         if (begin == end)
             return "none";
