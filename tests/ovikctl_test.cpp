@@ -478,6 +478,24 @@ TEST(OvikctlBatch, TellsWhatWasAnsweredAndSentWhenTheServiceEndsInTheMiddle)
         << result.output;
 }
 
+TEST(OvikctlBatch, TellsThatNothingIsDoneBehindAQuit)
+{
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0");
+        self.receive();
+        self.disconnect();
+    });
+    const Ran result =
+        runWithInput("quit\nsetBuzzerMode 1\n", {"--json", "--socket", peer.path(), "batch", "-"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(contains(result.errors, "sent behind quit, not done: 2 (setBuzzerMode)\n"))
+        << result.errors;
+    EXPECT_TRUE(contains(result.output, "\"error\":\"sent behind quit, not done\""))
+        << result.output;
+}
+
 TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
 {
     ScriptedPeer peer(stopsAfter(1));
@@ -554,6 +572,9 @@ TEST(OvikctlFailure, OfUsageIsToldBeforeAnythingIsSent)
         {{"raw", std::string(5000, 'x')}, "the request is longer than the 4999 bytes"},
         {{"--timeout", "0", "getBrightness"}, "--timeout: "},
         {{"--timeout", "soon", "getBrightness"}, "--timeout"},
+        {{"--timeout", "nan", "getBrightness"}, "--timeout: give a number of seconds"},
+        {{"watch", "getBrightness", "--interval", "nan"}, "--interval: give a number of seconds"},
+        {{"setVolatileParameter", "k", "-q"}, "begins with \"-\" stands behind \"--\""},
         {{"--socket", std::string(108, 'x'), "getBrightness"}, "at most 107 bytes"},
         {{"watch"}, "command is required; ovikctl watch --help"},
         {{"watch", "nonsense"}, "there is no command \"nonsense\""},
@@ -579,7 +600,13 @@ TEST(OvikctlFailure, WithoutAServiceIs8)
     EXPECT_EQ(result.errors, "no service at " + dir.path("none") +
                                  ": start it, systemctl start ovik_server, or name its socket with "
                                  "--socket\n");
-    EXPECT_EQ(json::parse(result.output)["status"], nullptr);
+    const std::string object = result.output;
+    EXPECT_EQ(json::parse(object)["status"], nullptr);
+    result = run({"--socket", dir.path("none"), "raw", "getBrightness", "--json"});
+    EXPECT_EQ(result.output, object);
+    result = runWithInput("getBrightness\ngetBrightness\n",
+                          {"--socket", dir.path("none"), "batch", "-", "--json"});
+    EXPECT_EQ(result.output, object + object);
 
     ScriptedPeer stream([](ScriptedPeer&) {}, SOCK_STREAM);
     result = run({"--socket", stream.path(), "getBrightness"});
@@ -720,6 +747,8 @@ TEST(OvikctlTells, EveryCommandInItsHelpAndItsList)
 {
     const Ran help = run({"--help"});
     EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(run({"help"}).output, help.output);
+    EXPECT_EQ(run({"help", "getBrightness"}).output, run({"getBrightness", "--help"}).output);
     const Ran list = run({"list"});
     EXPECT_EQ(list.status, 0);
     std::istringstream objects(run({"list", "--json"}).output);

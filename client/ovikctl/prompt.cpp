@@ -72,12 +72,7 @@ std::vector<std::string> commandLineOf(const std::string& line)
 {
     if (isRaw(line))
         return {"raw", line};
-    std::vector<std::string> words = wordsOf(line);
-    if (!words.empty() && words.front() == "help") {
-        words.erase(words.begin());
-        words.emplace_back("--help");
-    }
-    return words;
+    return wordsOf(line);
 }
 
 [[noreturn]] void runInChild(const Settings& settings, const std::string& line)

@@ -19,6 +19,86 @@ bool report(const Settings& settings, const Request& request, const ovik_client_
         complain(commandWordOf(request.text) + ": " + statusInWords(answer.status));
     return answer.status == OVIK_OK;
 }
+
+void tellAsJson(const Settings& settings, const Request& request, const Failure& failure)
+{
+    if (settings.json)
+        printLine(jsonOf(request, failure.what()));
+}
+
+/// Asks one after the other on one connection.
+class RawRequests
+{
+public:
+    explicit RawRequests(const Settings& settings) : m_settings(settings) {}
+
+    void send(const std::string& text)
+    {
+        const Request request = rawRequest(text);
+        const Deadline deadline(m_settings.bound(request.bound()));
+        try {
+            if (!m_connection)
+                m_connection.emplace(m_settings.socket, deadline);
+            if (!report(m_settings, request, m_connection->ask(request.text, deadline)))
+                m_result = refused;
+        } catch (const Failure& failure) {
+            tellAsJson(m_settings, request, failure);
+            throw;
+        }
+    }
+    int result() const { return m_result; }
+
+private:
+    const Settings& m_settings;
+    std::optional<Connection> m_connection;
+    int m_result = allDone;
+};
+
+struct Batch {
+    const Settings& settings;
+    const std::vector<Request>& requests;
+    int result = allDone;
+    bool hasQuit = false;
+
+    static void onAnswer(void* self, size_t index, const ovik_client_answer* answer)
+    {
+        Batch& batch = *static_cast<Batch*>(self);
+        if (!report(batch.settings, batch.requests[index], *answer))
+            batch.result = refused;
+        else if (commandWordOf(batch.requests[index].text) == "quit")
+            batch.hasQuit = true;
+    }
+
+    /// "3 (getBrightness) to 5 (getBuzzerMode)", counted from 1.
+    std::string range(size_t begin, size_t end) const
+    {
+        const auto name = [this](size_t index) {
+            return std::to_string(index + 1) + " (" + commandWordOf(requests[index].text) + ")";
+        };
+        if (begin == end)
+            return "none";
+        return begin + 1 == end ? name(begin) : name(begin) + " to " + name(end - 1);
+    }
+
+    void tellHowFar(const ovik_client_progress& progress) const
+    {
+        const std::string unanswered =
+            hasQuit ? "sent behind quit, not done" : "sent, perhaps done";
+        complain("answered: " + range(0, progress.answered));
+        complain(unanswered + ": " + range(progress.answered, progress.sent));
+        complain("never left, not done: " + range(progress.sent, requests.size()));
+        for (size_t i = progress.answered; settings.json && i < requests.size(); ++i)
+            printLine(jsonOf(requests[i], i < progress.sent ? unanswered : "never left, not done"));
+    }
+};
+
+Milliseconds boundOfAll(const std::vector<Request>& requests)
+{
+    Milliseconds sum(0);
+    for (const Request& request : requests)
+        sum += request.bound();
+    return sum;
+}
 } // namespace
 
 int runRequest(const Settings& settings, const Request& request)
@@ -36,37 +116,10 @@ int runRequest(const Settings& settings, const Request& request)
         complain(statusInWords(answer.status));
         return refused;
     } catch (const Failure& failure) {
-        if (settings.json)
-            printLine(jsonOf(request, failure.what()));
+        tellAsJson(settings, request, failure);
         throw;
     }
 }
-
-namespace
-{
-/// Asks one after the other on one connection.
-class RawRequests
-{
-public:
-    explicit RawRequests(const Settings& settings) : m_settings(settings) {}
-
-    void send(const std::string& text)
-    {
-        const Request request = rawRequest(text);
-        const Deadline deadline(m_settings.bound(request.bound()));
-        if (!m_connection)
-            m_connection.emplace(m_settings.socket, deadline);
-        if (!report(m_settings, request, m_connection->ask(request.text, deadline)))
-            m_result = refused;
-    }
-    int result() const { return m_result; }
-
-private:
-    const Settings& m_settings;
-    std::optional<Connection> m_connection;
-    int m_result = allDone;
-};
-} // namespace
 
 int runRaw(const Settings& settings, const std::vector<std::string>& texts)
 {
@@ -78,51 +131,6 @@ int runRaw(const Settings& settings, const std::vector<std::string>& texts)
     return requests.result();
 }
 
-namespace
-{
-struct Batch {
-    const Settings& settings;
-    const std::vector<Request>& requests;
-    int result = allDone;
-
-    static void onAnswer(void* self, size_t index, const ovik_client_answer* answer)
-    {
-        Batch& batch = *static_cast<Batch*>(self);
-        if (!report(batch.settings, batch.requests[index], *answer))
-            batch.result = refused;
-    }
-
-    /// "3 (getBrightness) to 5 (getBuzzerMode)", counted from 1.
-    std::string range(size_t begin, size_t end) const
-    {
-        const auto name = [this](size_t index) {
-            return std::to_string(index + 1) + " (" + commandWordOf(requests[index].text) + ")";
-        };
-        if (begin == end)
-            return "none";
-        return begin + 1 == end ? name(begin) : name(begin) + " to " + name(end - 1);
-    }
-
-    void tellHowFar(const ovik_client_progress& progress) const
-    {
-        complain("answered: " + range(0, progress.answered));
-        complain("sent, perhaps done: " + range(progress.answered, progress.sent));
-        complain("never left, not done: " + range(progress.sent, requests.size()));
-        for (size_t i = progress.answered; settings.json && i < requests.size(); ++i)
-            printLine(jsonOf(requests[i],
-                             i < progress.sent ? "sent, perhaps done" : "never left, not done"));
-    }
-};
-
-Milliseconds boundOfAll(const std::vector<Request>& requests)
-{
-    Milliseconds sum(0);
-    for (const Request& request : requests)
-        sum += request.bound();
-    return sum;
-}
-} // namespace
-
 int runBatch(const Settings& settings, const std::string& file)
 {
     const std::vector<Request> requests = requestsOfFile(file);
@@ -132,11 +140,18 @@ int runBatch(const Settings& settings, const std::string& file)
         texts.push_back(request.text.c_str());
 
     const Deadline deadline(settings.bound(boundOfAll(requests)));
-    Connection connection(settings.socket, deadline);
+    std::optional<Connection> connection;
+    try {
+        connection.emplace(settings.socket, deadline);
+    } catch (const Failure& failure) {
+        for (const Request& request : requests)
+            tellAsJson(settings, request, failure);
+        throw;
+    }
     Batch batch{settings, requests};
     ovik_client_progress progress = {};
     const ovik_client_error error =
-        ovik_client_batch(connection.client(), texts.data(), texts.size(), deadline.left(),
+        ovik_client_batch(connection->client(), texts.data(), texts.size(), deadline.left(),
                           Batch::onAnswer, &batch, &progress);
     if (error == OVIK_CLIENT_OK)
         return batch.result;
