@@ -195,6 +195,7 @@ TEST_F(Prompt, RemembersLinesForTheNextSession)
     EXPECT_TRUE(terminal->shows("getBuzzerMode"));
     terminal->type("\n");
     EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
+    EXPECT_TRUE(terminal->shows(prompt)); // once the line is in the file
 
     struct stat status = {};
     ASSERT_EQ(stat(dir.path("state/ovikctl/history").c_str(), &status), 0);
