@@ -442,16 +442,15 @@ TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
     EXPECT_TRUE(contains(result.output, "getBrightness -> 0 0\ngetBrightness -> 0 1\n"));
 }
 
-/// Answers that many and ends.
-auto stopsAfter(int answers)
+/// Takes that many requests, answers the first of them and ends.
+auto stopsAfter(int requests, int answers)
 {
-    return [answers](ScriptedPeer& self) {
+    return [=](ScriptedPeer& self) {
         self.accept();
-        for (int i = 0; i < answers; ++i) {
+        for (int i = 0; i < requests; ++i)
             self.receive();
+        for (int i = 0; i < answers; ++i)
             self.answer("0 " + std::to_string(i));
-        }
-        self.receive(); // of the next, nobody knows
         self.disconnect();
     };
 }
@@ -460,7 +459,7 @@ TEST(OvikctlBatch, TellsWhatWasAnsweredAndSentWhenTheServiceEndsInTheMiddle)
 {
     const std::string requests = "getBrightness\ngetBuzzerMode\nsetBuzzerMode 1\ngetSysCounter\n";
     {
-        ScriptedPeer peer(stopsAfter(2));
+        ScriptedPeer peer(stopsAfter(4, 2));
         const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
         EXPECT_EQ(result.status, 8);
         EXPECT_EQ(result.output, "getBrightness -> 0 0\ngetBuzzerMode -> 0 1\n");
@@ -471,7 +470,7 @@ TEST(OvikctlBatch, TellsWhatWasAnsweredAndSentWhenTheServiceEndsInTheMiddle)
                   "the service closed the connection: it has ended; see why with journalctl -u "
                   "ovik_server, and start it\n");
     }
-    ScriptedPeer peer(stopsAfter(3));
+    ScriptedPeer peer(stopsAfter(4, 3));
     const Ran result = runWithInput(requests, {"--json", "--socket", peer.path(), "batch", "-"});
     EXPECT_TRUE(contains(result.output, "{\"command\":\"getSysCounter\",\"status\":null,"
                                         "\"error\":\"sent, perhaps done\"}\n"))
@@ -498,7 +497,7 @@ TEST(OvikctlBatch, TellsThatNothingIsDoneBehindAQuit)
 
 TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
 {
-    ScriptedPeer peer(stopsAfter(1));
+    ScriptedPeer peer(stopsAfter(2, 1));
     std::string requests = "getBrightness\n"; // and more than a socket holds
     for (int i = 0; i < 3000; ++i)
         requests += "setVolatileParameter;k;" + std::string(4000, 'x') + "\n";
