@@ -228,6 +228,11 @@ TEST(OvikctlDoctor, FindsWhatThePlatformLacksAndWhatAnswersWithAnError)
     EXPECT_EQ(badLines(result), expected);
     EXPECT_NE(result.output.find("good plug-in modules: none is there\n"), std::string::npos);
 
+    const Ran quiet = run({"-q", "doctor"});
+    EXPECT_EQ(quiet.status, 1);
+    EXPECT_EQ(quiet.output, "");
+    EXPECT_EQ(quiet.errors, "BAD  " + expected[0] + "\nBAD  " + expected[1] + "\n");
+
     std::istringstream objectsOfJson(run({"doctor", "--json"}).output);
     size_t bad = 0;
     for (std::string line; std::getline(objectsOfJson, line);) {
@@ -236,6 +241,23 @@ TEST(OvikctlDoctor, FindsWhatThePlatformLacksAndWhatAnswersWithAnError)
         EXPECT_EQ(object["good"] == false, object.contains("todo")) << line;
     }
     EXPECT_EQ(bad, expected.size());
+}
+
+TEST(OvikctlDoctor, FindsNothingBadInAPlatformThatDoesNotKnowTheNamesItIsAskedFor)
+{
+    PrivateBus bus;
+    FakePlatform platform;
+    answerCommands(platform);
+    platform.answer("StorageMgr.getStorageInfoJSON", replyError("com.wenu.OVIK.Failed"));
+    platform.answer("ServiceManager.state", replyError("com.wenu.OVIK.Failed"));
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+    const Ran result = doctor(serverSocket);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(badLines(result).empty()) << result.output;
+    for (const std::string line : {"storage: answers; it does not know internal\n",
+                                   "services: answers; it does not know ssh\n"})
+        EXPECT_NE(result.output.find("good " + line), std::string::npos) << result.output;
 }
 
 TEST(OvikctlDoctor, FindsThatThePlatformDoesNotAnswer)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sys/stat.h>
@@ -93,6 +94,19 @@ TEST_F(Prompt, LetsOthersBeServedWhileItWaitsForALine)
     terminal->type("getBrightness\n");
     EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
     EXPECT_EQ(Client(serverSocket).request("getBrightness"), "0 75");
+}
+
+TEST_F(Prompt, TakesWhatIsNotAsciiWithoutALanguage)
+{
+    for (const std::string language : {"LC_ALL=C", "LC_ALL=POSIX", "LC_ALL=xx_XX.UTF-8"}) {
+        environment.push_back(language);
+        const auto terminal = open();
+        panel->platform.takeCalls();
+        terminal->type("setVolatileParameter greet gr\u00fcn\n");
+        EXPECT_TRUE(terminal->shows("\r\n0\r\n"));
+        EXPECT_TRUE(panel->platform.waitForCall("\"gr\u00fcn\"")) << language;
+        environment.pop_back();
+    }
 }
 
 // --- TAB -----------------------------------------------------------------------------------------
@@ -181,10 +195,34 @@ TEST_F(Prompt, RemembersLinesForTheNextSession)
     EXPECT_TRUE(terminal->shows("getBuzzerMode"));
     terminal->type("\n");
     EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
+    EXPECT_TRUE(terminal->shows(prompt)); // once the line is in the file
 
     struct stat status = {};
     ASSERT_EQ(stat(dir.path("state/ovikctl/history").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
+    ASSERT_EQ(stat(dir.path("state/ovikctl").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0700u);
+    const std::filesystem::directory_iterator files(dir.path("state/ovikctl"));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "nothing is left but the history";
+}
+
+TEST_F(Prompt, LeavesALinkInPlaceOfItsHistoryAsItIs)
+{
+    std::filesystem::create_directories(dir.path("state/ovikctl"));
+    const std::string link = dir.path("state/ovikctl/history");
+    const std::string target = dir.path("target");
+    std::ofstream(target) << "kept";
+    chmod(target.c_str(), 0644);
+    std::filesystem::create_symlink(target, link);
+    const auto terminal = open();
+    terminal->type("getBuzzerMode\n");
+    EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
+    EXPECT_TRUE(terminal->shows(prompt));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(historyFile(), "kept");
+    struct stat status = {};
+    ASSERT_EQ(stat(target.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0644u);
 }
 
 TEST_F(Prompt, KeepsTheLinesOfSessionsSideBySide)
@@ -341,6 +379,45 @@ TEST_F(AtATerminal, WatchShowsALongValueInOneLine)
     Terminal terminal(ovikctl({"watch", "getAllSystemParametersJson", "--interval", "0.1"}));
     EXPECT_TRUE(terminal.shows("getAllSystemParametersJson  {  [2J" + std::string(65, 'x') +
                                "\r\n\033[2A"));
+}
+
+TEST_F(AtATerminal, AnAnswerHasNoControlCharactersButItsLineBreaks)
+{
+    panel->platform.answer("OVIK.getAllSystemParametersJSON",
+                           replyText("{\n\033[2J\u009b2J\x7f\r\u00fc}"));
+    const std::string shown = "{\r\n [2J  2J  \u00fc}\r\n";
+    const std::vector<std::pair<Words, std::string>> table = {
+        {{"getAllSystemParametersJson"}, shown},
+        {{"raw", "getAllSystemParametersJson"}, "getAllSystemParametersJson -> 0 " + shown},
+    };
+    for (const auto& [words, screen] : table) {
+        Terminal terminal(ovikctl(words));
+        EXPECT_EQ(terminal.wait(), 0);
+        EXPECT_EQ(terminal.screen(), screen);
+        EXPECT_NE(run(words).output.find("\033[2J\u009b2J\x7f\r"), std::string::npos)
+            << "no terminal";
+    }
+}
+
+TEST_F(AtATerminal, ARequestIsShownWithoutItsSecrets)
+{
+    const std::vector<std::pair<Words, std::string>> table = {
+        {{"raw", "setInterfaceConfigJson;eth0;a;s3cret"}, "setInterfaceConfigJson;eth0;... -> 0"},
+        {{"raw", "serviceCommand;wifi;connect;s3cret"}, "serviceCommand;wifi;connect;... -> 0 4"},
+        {{"raw", "setInterfaceConfigJsn;eth0;s3cret"}, "setInterfaceConfigJsn;... -> -8"},
+        {{"raw", "setVolatileParameter;k;v"}, "setVolatileParameter;k;v -> 0"},
+        {{"watch", "setInterfaceConfigJson eth0 s3cret"}, "setInterfaceConfigJson;eth0;...  "},
+    };
+    for (const auto& [words, line] : table) {
+        Terminal terminal(ovikctl(words));
+        EXPECT_TRUE(terminal.shows(line)) << terminal.screen();
+        terminal.type(keys::ctrlC);
+        terminal.wait();
+        EXPECT_EQ(terminal.screen().find("s3cret"), std::string::npos) << terminal.screen();
+        if (words.front() == "raw") {
+            EXPECT_EQ(run(words).output.find(words.back() + " -> "), 0u) << "no terminal";
+        }
+    }
 }
 
 TEST_F(AtATerminal, DoctorHasColoursUnlessNoColorIsSet)

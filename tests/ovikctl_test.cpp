@@ -240,11 +240,37 @@ TEST_F(Ovikctl, TellsValuesOfEachShapeAsJson)
     }
 }
 
-TEST_F(Ovikctl, TellsBytesThatAreNoUtf8AsReplacements)
+TEST_F(Ovikctl, TellsADocumentInLatin1AsJson)
 {
-    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"\u00fc\"}")); // Latin-1
-    const json object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
-    EXPECT_EQ(object["value"], "{\"n\":\"\ufffd\"}");
+    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"K\u00fcche\"}"));
+    EXPECT_TRUE(contains(run({"raw", "getNetworkConfigJson"}).output, "K\xfc")) << "as it was sent";
+    json object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
+    EXPECT_EQ(object["value"], (json{{"n", "K\u00fcche"}}));
+    platform.answer("NetworkManager.getConfigJSON", replyText("{\"n\":\"K\u00fc"));
+    object = json::parse(run({"--json", "getNetworkConfigJson"}).output);
+    EXPECT_EQ(object["value"], "{\"n\":\"K\u00fc");
+}
+
+TEST(OvikctlJson, TellsADocumentWithAByteOrderMarkAsJson)
+{
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0 \ufeff{\"n\":1}");
+    });
+    EXPECT_EQ(run({"--json", "--socket", peer.path(), "getNetworkConfigJson"}).output,
+              "{\"command\":\"getNetworkConfigJson\",\"status\":0,\"value\":{\"n\":1}}\n");
+}
+
+TEST(OvikctlJson, TellsATextThatWasCutWithinACharacterAsReplacement)
+{
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0 gr\xc3");
+    });
+    const Ran result = run({"--json", "--socket", peer.path(), "getVolatileParameter", "k"});
+    EXPECT_EQ(json::parse(result.output)["value"], "gr\ufffd");
 }
 
 TEST_F(Ovikctl, QuietPrintsFailuresOnly)
@@ -258,14 +284,47 @@ TEST_F(Ovikctl, QuietPrintsFailuresOnly)
     EXPECT_EQ(result.errors.substr(0, 4), "-10:");
 }
 
-TEST_F(Ovikctl, TellsThatItsOutputCannotBeWritten)
+/// Runs it with a redirection of the shell's.
+Ran runRedirected(const std::string& redirection, const Words& arguments)
 {
-    Words words = {"sh", "-c", "exec \"$@\" >/dev/full", "sh"};
-    for (const std::string& word : ovikctl({"getBrightness"}))
+    Words words = {"sh", "-c", "exec \"$@\" " + redirection, "sh"};
+    for (const std::string& word : ovikctl(arguments))
         words.push_back(word);
     Process process(words);
-    EXPECT_EQ(process.wait(), 1);
-    EXPECT_EQ(process.errors(), "cannot write to standard output: see whether its disk is full\n");
+    const int status = process.wait();
+    return {status, process.output(), process.errors()};
+}
+
+TEST_F(Ovikctl, TellsThatItsOutputCannotBeWritten)
+{
+    for (const std::string redirection : {">/dev/full", ">&-"}) {
+        const Ran result = runRedirected(redirection, {"getBrightness"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, "cannot write to standard output: see whether it is open and its "
+                                 "disk not full\n");
+    }
+}
+
+TEST(OvikctlClosed, StandardDescriptorsSendNothingToTheService)
+{
+    const Words texts = {"setBuzzerMode;1", "getBrightness"};
+    for (const std::string redirection :
+         {">&-", "2>&-", "<&-", ">&- 2>&-", "<&- >&-", "<&- >&- 2>&-"}) {
+        Words received;
+        {
+            ScriptedPeer peer([&](ScriptedPeer& self) {
+                self.accept();
+                for (std::string text = self.receive(); !text.empty(); text = self.receive()) {
+                    received.push_back(text);
+                    self.answer("-8");
+                }
+            });
+            const Ran result =
+                runRedirected(redirection, {"--socket", peer.path(), "raw", texts[0], texts[1]});
+            EXPECT_EQ(result.status, 1) << redirection;
+        }
+        EXPECT_EQ(received, (Words{texts[0] + '\0', texts[1] + '\0'})) << redirection;
+    }
 }
 
 // --- Raw requests and batches --------------------------------------------------------------------
@@ -327,6 +386,43 @@ TEST_F(Ovikctl, BatchSendsNothingWhenALineIsWrong)
     EXPECT_EQ(run({"batch", "/nonexistent"}).status, 2);
 }
 
+TEST_F(Ovikctl, RefusesALineWithANul)
+{
+    const std::string cut("getBrightness\nsaveBrightness;1\0;2\n", 34);
+    Ran result = runWithInput(cut, {"raw"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "getBrightness -> 0 75\n");
+    EXPECT_EQ(result.errors, "-:2: a NUL, which ends a request, is within the line: remove it\n");
+    for (const std::string& input : {cut, std::string("saveBrightness 1\0 2\n", 20)}) {
+        result = runWithInput(input, {"batch", "-"});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(contains(result.errors, "remove it; nothing was sent\n")) << result.errors;
+    }
+    EXPECT_EQ(platform.takeCalls(), Words{"/Backlight com.wenu.OVIK.Backlight.getBrightness()"});
+}
+
+TEST_F(Ovikctl, TellsThatItsInputCannotBeReadToItsEnd)
+{
+    const TempDir dir;
+    const std::string folder = dir.path("");
+    for (const Ran& result : {run({"batch", folder}), runRedirected("<" + folder, {"batch", "-"}),
+                              runRedirected("<" + folder, {"raw"})}) {
+        EXPECT_EQ(result.status, 2);
+        EXPECT_TRUE(contains(result.errors, "cannot read ")) << result.errors;
+        EXPECT_TRUE(contains(result.errors, "(Is a directory): name a file of requests"))
+            << result.errors;
+    }
+}
+
+TEST_F(Ovikctl, TakesLinesWithCarriageReturns)
+{
+    const std::string lines = "getBrightness -> 0 75\nsaveBrightness;1 -> 0 0\n";
+    const std::string input = "getBrightness\r\n\r\nsaveBrightness;1\r\n";
+    EXPECT_EQ(runWithInput(input, {"batch", "-"}).output, lines);
+    EXPECT_EQ(runWithInput(input, {"raw"}).output, lines);
+}
+
 TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
 {
     // Answers nothing before it has seen them all.
@@ -346,16 +442,15 @@ TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
     EXPECT_TRUE(contains(result.output, "getBrightness -> 0 0\ngetBrightness -> 0 1\n"));
 }
 
-/// Answers that many and ends.
-auto stopsAfter(int answers)
+/// Takes that many requests, answers the first of them and ends.
+auto stopsAfter(int requests, int answers)
 {
-    return [answers](ScriptedPeer& self) {
+    return [=](ScriptedPeer& self) {
         self.accept();
-        for (int i = 0; i < answers; ++i) {
+        for (int i = 0; i < requests; ++i)
             self.receive();
+        for (int i = 0; i < answers; ++i)
             self.answer("0 " + std::to_string(i));
-        }
-        self.receive(); // of the next, nobody knows
         self.disconnect();
     };
 }
@@ -364,7 +459,7 @@ TEST(OvikctlBatch, TellsWhatWasAnsweredAndSentWhenTheServiceEndsInTheMiddle)
 {
     const std::string requests = "getBrightness\ngetBuzzerMode\nsetBuzzerMode 1\ngetSysCounter\n";
     {
-        ScriptedPeer peer(stopsAfter(2));
+        ScriptedPeer peer(stopsAfter(4, 2));
         const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
         EXPECT_EQ(result.status, 8);
         EXPECT_EQ(result.output, "getBrightness -> 0 0\ngetBuzzerMode -> 0 1\n");
@@ -375,16 +470,34 @@ TEST(OvikctlBatch, TellsWhatWasAnsweredAndSentWhenTheServiceEndsInTheMiddle)
                   "the service closed the connection: it has ended; see why with journalctl -u "
                   "ovik_server, and start it\n");
     }
-    ScriptedPeer peer(stopsAfter(3));
+    ScriptedPeer peer(stopsAfter(4, 3));
     const Ran result = runWithInput(requests, {"--json", "--socket", peer.path(), "batch", "-"});
     EXPECT_TRUE(contains(result.output, "{\"command\":\"getSysCounter\",\"status\":null,"
                                         "\"error\":\"sent, perhaps done\"}\n"))
         << result.output;
 }
 
+TEST(OvikctlBatch, TellsThatNothingIsDoneBehindAQuit)
+{
+    ScriptedPeer peer([](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0");
+        self.receive();
+        self.disconnect();
+    });
+    const Ran result =
+        runWithInput("quit\nsetBuzzerMode 1\n", {"--json", "--socket", peer.path(), "batch", "-"});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_TRUE(contains(result.errors, "sent behind quit, not done: 2 (setBuzzerMode)\n"))
+        << result.errors;
+    EXPECT_TRUE(contains(result.output, "\"error\":\"sent behind quit, not done\""))
+        << result.output;
+}
+
 TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
 {
-    ScriptedPeer peer(stopsAfter(1));
+    ScriptedPeer peer(stopsAfter(2, 1));
     std::string requests = "getBrightness\n"; // and more than a socket holds
     for (int i = 0; i < 3000; ++i)
         requests += "setVolatileParameter;k;" + std::string(4000, 'x') + "\n";
@@ -458,6 +571,9 @@ TEST(OvikctlFailure, OfUsageIsToldBeforeAnythingIsSent)
         {{"raw", std::string(5000, 'x')}, "the request is longer than the 4999 bytes"},
         {{"--timeout", "0", "getBrightness"}, "--timeout: "},
         {{"--timeout", "soon", "getBrightness"}, "--timeout"},
+        {{"--timeout", "nan", "getBrightness"}, "--timeout: give a number of seconds"},
+        {{"watch", "getBrightness", "--interval", "nan"}, "--interval: give a number of seconds"},
+        {{"setVolatileParameter", "k", "-q"}, "begins with \"-\" stands behind \"--\""},
         {{"--socket", std::string(108, 'x'), "getBrightness"}, "at most 107 bytes"},
         {{"watch"}, "command is required; ovikctl watch --help"},
         {{"watch", "nonsense"}, "there is no command \"nonsense\""},
@@ -483,7 +599,13 @@ TEST(OvikctlFailure, WithoutAServiceIs8)
     EXPECT_EQ(result.errors, "no service at " + dir.path("none") +
                                  ": start it, systemctl start ovik_server, or name its socket with "
                                  "--socket\n");
-    EXPECT_EQ(json::parse(result.output)["status"], nullptr);
+    const std::string object = result.output;
+    EXPECT_EQ(json::parse(object)["status"], nullptr);
+    result = run({"--socket", dir.path("none"), "raw", "getBrightness", "--json"});
+    EXPECT_EQ(result.output, object);
+    result = runWithInput("getBrightness\ngetBrightness\n",
+                          {"--socket", dir.path("none"), "batch", "-", "--json"});
+    EXPECT_EQ(result.output, object + object);
 
     ScriptedPeer stream([](ScriptedPeer&) {}, SOCK_STREAM);
     result = run({"--socket", stream.path(), "getBrightness"});
@@ -530,7 +652,9 @@ TEST(OvikctlFailure, WithoutAnAnswerInTimeIs3)
     EXPECT_GE(millisecondsSince(start), 300);
     EXPECT_TRUE(contains(result.errors, "no answer in time: the service serves another client"))
         << result.errors;
-    EXPECT_TRUE(contains(result.errors, "--timeout")) << result.errors;
+    EXPECT_TRUE(contains(result.errors, "may still carry out the request; wait longer with "
+                                        "--timeout"))
+        << result.errors;
 }
 
 TEST(OvikctlFailure, WithoutPermissionIs4)
@@ -596,6 +720,13 @@ TEST_F(Ovikctl, WatchPrintsALineForEachCommandInEachRound)
     EXPECT_EQ(watch.wait(), 128 + SIGINT);
 }
 
+TEST_F(Ovikctl, WatchPrintsNoSecrets)
+{
+    Process watch(ovikctl({"watch", "setInterfaceConfigJson eth0 s3cret"}));
+    EXPECT_TRUE(watch.waitForOutput(" setInterfaceConfigJson;eth0;... "));
+    EXPECT_FALSE(contains(watch.output(), "s3cret"));
+}
+
 TEST_F(Ovikctl, WatchGoesOnWhenTheServiceComesBack)
 {
     Process watch(ovikctl({"watch", "getBrightness", "--interval", "0.1", "--json"}));
@@ -615,6 +746,8 @@ TEST(OvikctlTells, EveryCommandInItsHelpAndItsList)
 {
     const Ran help = run({"--help"});
     EXPECT_EQ(help.status, 0);
+    EXPECT_EQ(run({"help"}).output, help.output);
+    EXPECT_EQ(run({"help", "getBrightness"}).output, run({"getBrightness", "--help"}).output);
     const Ran list = run({"list"});
     EXPECT_EQ(list.status, 0);
     std::istringstream objects(run({"list", "--json"}).output);

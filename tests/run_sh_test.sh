@@ -136,7 +136,7 @@ open_terminal() {
     exec 5>"$work/keys"
     rm "$work/keys"
     check "prompts" await prints 'ovikctl> '
-    check "the tour comes first" prints 'serviceCommand;wifi;scan;{} -> 0 0;wifi;scan;'
+    check "the tour comes first" prints 'serviceCommand;wifi;scan;... -> 0 0;wifi;scan;'
 }
 
 close_terminal() {

@@ -39,6 +39,14 @@ std::vector<std::string> withoutNul(const std::vector<std::string>& words)
         text.resize(strlen(text.c_str()));
     return texts;
 }
+/// The library's range takes "nan". Returns what is wrong.
+std::string isSeconds(const std::string& text)
+{
+    double seconds = 0;
+    if (CLI::detail::lexical_cast(text, seconds) && seconds >= 0.001 && seconds <= 1000000)
+        return "";
+    return "give a number of seconds from 0.001 to 1000000";
+}
 } // namespace
 
 std::vector<const CLI::Option*> argumentsOf(const CLI::App& verb)
@@ -85,7 +93,7 @@ void CommandLine::addOptions()
         .add_option("--timeout", m_settings.timeout,
                     "How long to wait for an answer; 30, for serviceCommand 70, for doctor 5")
         ->option_text("SECONDS")
-        ->check(CLI::Range(0.001, 1000000.0));
+        ->check(isSeconds);
 }
 
 CLI::App& CommandLine::addVerb(const char* name, const char* help, std::function<int()> action)
@@ -139,7 +147,7 @@ void CommandLine::addVerbs()
         ->required();
     watch.add_option("--interval", m_interval, "From one round to the next, 1")
         ->option_text("SECONDS")
-        ->check(CLI::Range(0.001, 1000000.0));
+        ->check(isSeconds);
     addVerb("doctor", "Finds out what is wrong, and changes nothing",
             [this] { return runDoctor(m_settings); });
     addVerb("completion", "Prints a shell's completion of this program",
@@ -154,12 +162,17 @@ std::string CommandLine::advice() const
 {
     const auto verbs = m_app.get_subcommands();
     if (!verbs.empty())
-        return "ovikctl " + verbs.front()->get_name() + " --help tells what it takes";
+        return "ovikctl " + verbs.front()->get_name() +
+               " --help tells what it takes; a text that begins with \"-\" stands behind \"--\"";
     return "ovikctl --help tells the commands, ovikctl raw sends a request as it is";
 }
 
 void CommandLine::parse(std::vector<std::string> words)
 {
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.emplace_back("--help");
+    }
     for (std::string& word : words)
         keepWhole(word);
     std::reverse(words.begin(), words.end());

@@ -121,7 +121,7 @@ void printBash(const CLI::App& program, const Verbs& verbs)
 
 // --- zsh -----------------------------------------------------------------------------------------
 
-/// In a specification, where ":" separates and brackets hold the meaning.
+/// As zsh's _arguments takes it, where ":" separates and brackets hold the meaning.
 std::string escaped(const std::string& text)
 {
     std::string result;

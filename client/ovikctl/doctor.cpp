@@ -31,6 +31,11 @@ private:
     void print(const std::string& what, const std::string& found, const std::string& cure) const
     {
         const bool isGood = cure.empty();
+        if (m_settings.quiet) { // standard output leads nowhere
+            if (!isGood)
+                complain("BAD  " + what + ": " + found + "; " + cure);
+            return;
+        }
         if (m_settings.json) {
             JsonObject object;
             object.add("check", what)
@@ -131,6 +136,8 @@ void judge(const Facility& facility, status_t status, Findings& findings)
         findings.good(facility.name, "answers");
     else if (status == OVIK_EMPTY_SLOT)
         findings.good(facility.name, "none is there");
+    else if (status == OVIK_REPLY_ERROR && facility.anyName)
+        findings.good(facility.name, std::string("answers; it does not know ") + facility.anyName);
     else if (status == OVIK_NO_PLATFORM)
         findings.bad(refused, facility.name, "the platform lacks it",
                      std::string("see whether the platform should have ") + facility.object +

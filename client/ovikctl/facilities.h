@@ -8,6 +8,7 @@ struct Facility {
     const char* name;
     const char* object; ///< of the platform on the bus
     const char* request;
+    const char* anyName = nullptr; ///< in the request: this panel need not know it
 };
 
 inline constexpr std::array<Facility, 11> facilities = {{
@@ -16,11 +17,11 @@ inline constexpr std::array<Facility, 11> facilities = {{
     {"buzzer", "/Buzzer", "getBuzzerMode"},
     {"system information", "/SystemInfo", "getSystemInfo"},
     {"memory", "/SysStat", "getAvailableMemory"},
-    {"storage", "/StorageMgr", "getStorageInfoJson;internal"},
+    {"storage", "/StorageMgr", "getStorageInfoJson;internal", "internal"},
     {"network", "/NetworkManager", "getNetworkConfigJson"},
     {"main system", "/MainOSInfo", "mainOsVersion"},
     {"serial EEPROM", "/I2CSEEPROM", "seepromRead;0;1"},
-    {"services", "/ServiceManager", "serviceState;ssh"},
+    {"services", "/ServiceManager", "serviceState;ssh", "ssh"},
     {"plug-in modules", "/HWPlugin", "getHWPluginLedMode;0;0"},
 }};
 

@@ -20,7 +20,8 @@ std::string reasonOf(ovik_client_error error, const std::string& path)
                ": be the service's user, as with sudo, or in the group that it lets in";
     case OVIK_CLIENT_TIMED_OUT:
         return "no answer in time: the service serves another client, one at a time, or waits for "
-               "the platform; try again, or wait longer with --timeout";
+               "the platform, and may still carry out the request; wait longer with --timeout, or "
+               "see what was done before you try again";
     case OVIK_CLIENT_CLOSED:
         return "the service closed the connection: it has ended; see why with journalctl -u "
                "ovik_server, and start it";
@@ -35,7 +36,8 @@ std::string reasonOf(ovik_client_error error, const std::string& path)
     }
     if (errno == ENAMETOOLONG)
         return "a socket's path has at most 107 bytes: name it with a shorter --socket";
-    return std::string(ovik_client_error_text(error)) + " (" + strerror(errno) + ")";
+    return std::string(ovik_client_error_text(error)) + " (" + strerror(errno) +
+           "): see the memory, with free, and the limits, with ulimit -a";
 }
 
 ExitCode exitCodeOf(ovik_client_error error)

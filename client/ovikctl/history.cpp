@@ -3,9 +3,11 @@
 #include "ovik_server/command_table.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -40,6 +42,26 @@ bool mayHaveSecret(std::string line)
         return command.hasSecret() && line.find(command.word) != std::string::npos;
     });
 }
+/// A link or a device in its place, as to /dev/null, says that there is to be no history.
+bool mayBeKept(const std::string& path)
+{
+    struct stat status = {};
+    return !path.empty() && (lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode));
+}
+
+/// As a whole or not at all, whatever other sessions do meanwhile.
+void save(History* lines, const std::string& path)
+{
+    std::string temporary = path + ".XXXXXX";
+    const int fd = mkstemp(temporary.data()); // for nobody else's eyes
+    if (fd == -1)
+        return;
+    FILE* const file = fdopen(fd, "w");
+    HistEvent ignored;
+    const bool isWritten = history(lines, &ignored, H_SAVE_FP, file) != -1;
+    if (fclose(file) != 0 || !isWritten || rename(temporary.c_str(), path.c_str()) != 0)
+        unlink(temporary.c_str());
+}
 } // namespace
 
 LineHistory::LineHistory() : m_lines(makeHistory())
@@ -48,12 +70,15 @@ LineHistory::LineHistory() : m_lines(makeHistory())
     std::error_code error;
     if (where.empty())
         return;
+    const mode_t before = umask(0077);
     std::filesystem::create_directories(where, error);
+    umask(before);
     if (error)
         return;
     m_path = where / "history";
     HistEvent ignored;
-    history(m_lines, &ignored, H_LOAD, m_path.c_str());
+    if (mayBeKept(m_path))
+        history(m_lines, &ignored, H_LOAD, m_path.c_str());
 }
 
 LineHistory::~LineHistory() { history_end(m_lines); }
@@ -62,14 +87,12 @@ void LineHistory::add(const std::string& line, bool forFile)
 {
     HistEvent ignored;
     history(m_lines, &ignored, H_ENTER, line.c_str());
-    if (!forFile || m_path.empty() || mayHaveSecret(line))
+    if (!forFile || mayHaveSecret(line) || !mayBeKept(m_path))
         return;
     // Read again, as other sessions write to it, too.
     History* const file = makeHistory();
     history(file, &ignored, H_LOAD, m_path.c_str());
     history(file, &ignored, H_ENTER, line.c_str());
-    const mode_t before = umask(0077);
-    history(file, &ignored, H_SAVE, m_path.c_str());
-    umask(before);
+    save(file, m_path);
     history_end(file);
 }

@@ -5,16 +5,6 @@
 
 namespace
 {
-std::string formOf(const Command& command)
-{
-    std::string form = command.word;
-    for (const Argument& argument : command.arguments) {
-        if (argument.kind != ArgumentKind::None)
-            form += std::string(" ") + argument.name;
-    }
-    return form;
-}
-
 std::string jsonOf(const Command& command)
 {
     std::string arguments;

@@ -4,10 +4,30 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace
 {
+/// In place of a closed one: else the connection would be it, and what is printed a request. For
+/// reading only, so that writing to it fails.
+void openStandardDescriptors()
+{
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(fd, F_GETFD) == -1 && open("/dev/null", O_RDONLY) == -1)
+            _exit(refused);
+    }
+}
+
+/// What is typed may be more than ASCII, also where no language is set.
+void useWideCharacters()
+{
+    setlocale(LC_CTYPE, "");
+    if (strcmp(setlocale(LC_CTYPE, nullptr), "C") == 0)
+        setlocale(LC_CTYPE, "C.UTF-8");
+}
+
 int promptOrUsage(const Settings& settings)
 {
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO))
@@ -21,10 +41,12 @@ int promptOrUsage(const Settings& settings)
 
 int main(int argc, char* argv[])
 {
-    setlocale(LC_CTYPE, ""); // what is typed may be more than ASCII
+    openStandardDescriptors();
+    useWideCharacters();
     const int result = CommandLine({}, promptOrUsage).run({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (fflush(stdout) == 0 && !ferror(stdout))
         return result;
-    fputs("cannot write to standard output: see whether its disk is full\n", stderr);
+    fputs("cannot write to standard output: see whether it is open and its disk not full\n",
+          stderr);
     return refused;
 }

@@ -11,16 +11,44 @@ using nlohmann::json;
 
 namespace
 {
-/// Bytes that are no UTF-8, as in a document that comes as Latin-1, become U+FFFD.
+/// Bytes that are no UTF-8, as where a text was cut, become U+FFFD.
 std::string jsonString(std::string_view text)
 {
     return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+bool isUtf8(const std::string& text)
+{
+    try {
+        json(text).dump();
+        return true;
+    } catch (const json::type_error&) {
+        return false;
+    }
+}
+
+/// Of Latin-1, as the documents of storage and network come.
+std::string utf8Of(const std::string& latin1)
+{
+    std::string text;
+    for (const char c : latin1) {
+        const auto code = static_cast<unsigned char>(c);
+        if (code < 0x80)
+            text += c;
+        else
+            text += {static_cast<char>(0xc0 | code >> 6), static_cast<char>(0x80 | (code & 0x3f))};
+    }
+    return text;
 }
 
 /// The text as it is when it is JSON, which has line breaks between its parts only; else a string:
 /// the service cuts a long document.
 std::string documentOf(std::string text)
 {
+    if (!isUtf8(text))
+        text = utf8Of(text);
+    if (text.compare(0, 3, "\ufeff") == 0) // accepted by the library, but not within JSON
+        text.erase(0, 3);
     if (!json::accept(text))
         return jsonString(text);
     std::replace(text.begin(), text.end(), '\n', ' ');
@@ -122,7 +150,7 @@ JsonObject objectFor(const Request& request)
 {
     JsonObject object;
     // A request that the table does not know may have a secret in a word it was mistyped for.
-    object.add("command", request.text.substr(0, request.text.find(';')));
+    object.add("command", commandWordOf(request.text));
     return object;
 }
 } // namespace
@@ -161,7 +189,9 @@ std::string jsonOf(const Request& request, const std::string& error)
 
 std::string lineOf(const Request& request, const ovik_client_answer& answer)
 {
-    std::string line = request.text + " -> " + std::to_string(answer.status);
+    const bool isSeen = isatty(STDOUT_FILENO) != 0;
+    std::string line =
+        (isSeen ? withoutSecrets(request) : request.text) + " -> " + std::to_string(answer.status);
     // An empty text has its blank, too.
     const bool isText = request.command && request.command->shape == Shape::Text;
     if (answer.length > 0 || (isText && answer.status == OVIK_OK))
@@ -174,6 +204,23 @@ void printLine(const std::string& line)
     fwrite(line.data(), 1, line.size(), stdout);
     putchar('\n');
     fflush(stdout);
+}
+
+void printAnswer(const std::string& line)
+{
+    printLine(isatty(STDOUT_FILENO) ? withoutControls(line, "\n\t") : line);
+}
+
+std::string withoutControls(std::string text, std::string_view kept)
+{
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if ((c < ' ' && kept.find(text[i]) == std::string_view::npos) || c == 0x7f)
+            text[i] = ' ';
+        else if (c == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0)
+            text.replace(i, 2, 2, ' '); // U+0080 to U+009F
+    }
+    return text;
 }
 
 void complain(const std::string& text)

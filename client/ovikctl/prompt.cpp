@@ -72,12 +72,7 @@ std::vector<std::string> commandLineOf(const std::string& line)
 {
     if (isRaw(line))
         return {"raw", line};
-    std::vector<std::string> words = wordsOf(line);
-    if (!words.empty() && words.front() == "help") {
-        words.erase(words.begin());
-        words.emplace_back("--help");
-    }
-    return words;
+    return wordsOf(line);
 }
 
 [[noreturn]] void runInChild(const Settings& settings, const std::string& line)
@@ -123,8 +118,8 @@ std::string trimmed(const std::string& line)
 /// What was mistyped may have a secret behind a word that tells nothing, which the service refuses.
 bool isUnderstood(const std::string& line)
 {
-    const size_t separator = line.find(';');
-    return separator == std::string::npos || findCommand(line.substr(0, separator));
+    const std::string word = commandWordOf(line);
+    return word == line || findCommand(word);
 }
 
 bool isQuit(const std::string& line) { return line == "quit" || line.compare(0, 5, "quit;") == 0; }

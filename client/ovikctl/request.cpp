@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <histedit.h>
@@ -34,8 +35,8 @@ void requireNoSeparator(const std::string& name, const std::string& text)
         throw usage(name + ": the protocol separates its fields by \";\" and cannot carry one in "
                            "an argument: leave it out");
 }
+} // namespace
 
-/// "setBuzzerMode mode"
 std::string formOf(const Command& command)
 {
     std::string form = command.word;
@@ -44,11 +45,25 @@ std::string formOf(const Command& command)
     return form;
 }
 
-std::string firstWordOf(const std::string& text, const char* separators)
+std::string withoutSecrets(const Request& request)
 {
-    return text.substr(0, text.find_first_of(separators));
+    const std::string& text = request.text;
+    size_t separator = text.find(';');
+    for (size_t i = 0; separator != std::string::npos; ++i) {
+        // What is no command may be a mistyped one.
+        const bool isSecret = !request.command || (i < request.command->arguments.size() &&
+                                                   request.command->arguments[i].isSecret);
+        if (isSecret)
+            return text.substr(0, separator + 1) + "...";
+        separator = text.find(';', separator + 1);
+    }
+    return text;
 }
-} // namespace
+
+std::string commandWordOf(const std::string& request)
+{
+    return request.substr(0, request.find(';'));
+}
 
 Milliseconds Request::bound() const
 {
@@ -59,7 +74,7 @@ Request rawRequest(const std::string& text)
 {
     if (text.size() > OVIK_CLIENT_REQUEST_MAX)
         throw failureOf(OVIK_CLIENT_BAD_REQUEST, "");
-    return {text, findCommand(firstWordOf(text, ";"))};
+    return {text, findCommand(commandWordOf(text))};
 }
 
 Request requestOf(const Command& command, const std::vector<std::string>& arguments)
@@ -81,7 +96,7 @@ Request requestOf(const Command& command, const std::vector<std::string>& argume
 
 bool isRaw(const std::string& line)
 {
-    return firstWordOf(line, " \t").find(';') != std::string::npos;
+    return line.substr(0, line.find_first_of(" \t")).find(';') != std::string::npos;
 }
 
 std::vector<std::string> wordsOf(const std::string& line)
@@ -107,27 +122,49 @@ Request requestOfLine(const std::string& line)
     return requestOf(*command, words);
 }
 
-std::vector<Request> requestsOfFile(const std::string& name)
+void forEachLine(const std::string& name, const std::function<void(const std::string&)>& take)
 {
+    const auto cannotRead = [&] {
+        return usage("cannot read " + name + " (" + strerror(errno) +
+                     "): name a file of requests, or - for standard input");
+    };
     std::ifstream file;
     if (name != "-") {
         file.open(name);
         if (!file)
-            throw usage("cannot read " + name + " (" + strerror(errno) +
-                        "): name a file of requests, or - for standard input");
+            throw cannotRead();
     }
     std::istream& in = name == "-" ? std::cin : file;
-    std::vector<Request> requests;
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
-        if (line.empty() || line.front() == '#')
-            continue;
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
         try {
-            requests.push_back(requestOfLine(line));
+            if (line.find('\0') != std::string::npos)
+                throw usage("a NUL, which ends a request, is within the line: remove it");
+            if (!line.empty())
+                take(line);
         } catch (const Failure& failure) {
-            throw Failure(failure.code, name + ":" + std::to_string(number) + ": " +
-                                            failure.what() + "; nothing was sent");
+            if (failure.code != wrongUsage)
+                throw;
+            throw Failure(failure.code,
+                          name + ":" + std::to_string(number) + ": " + failure.what());
         }
+    }
+    if (in.bad() || ferror(stdin))
+        throw cannotRead();
+}
+
+std::vector<Request> requestsOfFile(const std::string& name)
+{
+    std::vector<Request> requests;
+    try {
+        forEachLine(name, [&](const std::string& line) {
+            if (line.front() != '#')
+                requests.push_back(requestOfLine(line));
+        });
+    } catch (const Failure& failure) {
+        throw Failure(failure.code, failure.what() + std::string("; nothing was sent"));
     }
     return requests;
 }

@@ -3,6 +3,7 @@
 #include "client/ovikctl/settings.h"
 #include "ovik_server/command_table.h"
 
+#include <functional>
 #include <vector>
 
 /// A request as it is sent, and what is known of it.
@@ -29,6 +30,19 @@ bool isRaw(const std::string& line);
 /// The words of a line, with quotes as in a shell. Throws a Failure when a quote is not closed.
 std::vector<std::string> wordsOf(const std::string& line);
 
-/// The requests of a file with one in each line, in either form; "-" is standard input. Empty lines
-/// and those that begin with "#" are left out.
+/// "setBuzzerMode mode"
+std::string formOf(const Command& command);
+
+/// "setBuzzerMode" of "setBuzzerMode;1".
+std::string commandWordOf(const std::string& request);
+
+/// "setInterfaceConfigJson;eth0;...": its text up to what may be a secret.
+std::string withoutSecrets(const Request& request);
+
+/// The lines of a file but for the empty ones; "-" is standard input. Throws a Failure that names
+/// the line when it has a NUL or @p take refuses it, or when the file cannot be read to its end.
+void forEachLine(const std::string& name, const std::function<void(const std::string&)>& take);
+
+/// The requests of a file with one in each line, in either form; lines that begin with "#" are
+/// left out.
 std::vector<Request> requestsOfFile(const std::string& name);

@@ -4,8 +4,6 @@
 #include "client/ovikctl/output.h"
 #include "client/ovikctl/verbs.h"
 
-#include <iostream>
-
 namespace
 {
 bool hasValue(const Request& request)
@@ -13,45 +11,21 @@ bool hasValue(const Request& request)
     return !request.command || request.command->shape != Shape::Status;
 }
 
-/// With the command's word only: an argument may be a secret.
-std::string nameOf(const Request& request)
-{
-    return request.text.substr(0, request.text.find(';'));
-}
-
 /// Prints one of several answers; false for a failure.
 bool report(const Settings& settings, const Request& request, const ovik_client_answer& answer)
 {
-    printLine(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
-    if (answer.status != OVIK_OK)
-        complain(nameOf(request) + ": " + statusInWords(answer.status));
+    printAnswer(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
+    if (answer.status != OVIK_OK) // with the word only: an argument may be a secret
+        complain(commandWordOf(request.text) + ": " + statusInWords(answer.status));
     return answer.status == OVIK_OK;
 }
-} // namespace
 
-int runRequest(const Settings& settings, const Request& request)
+void tellAsJson(const Settings& settings, const Request& request, const Failure& failure)
 {
-    try {
-        const Deadline deadline(settings.bound(request.bound()));
-        Connection connection(settings.socket, deadline);
-        const ovik_client_answer answer = connection.ask(request.text, deadline);
-        if (settings.json)
-            printLine(jsonOf(request, answer));
-        else if (answer.status == OVIK_OK && hasValue(request))
-            printLine(answer.text);
-        if (answer.status == OVIK_OK)
-            return allDone;
-        complain(statusInWords(answer.status));
-        return refused;
-    } catch (const Failure& failure) {
-        if (settings.json)
-            printLine(jsonOf(request, failure.what()));
-        throw;
-    }
+    if (settings.json)
+        printLine(jsonOf(request, failure.what()));
 }
 
-namespace
-{
 /// Asks one after the other on one connection.
 class RawRequests
 {
@@ -62,10 +36,15 @@ public:
     {
         const Request request = rawRequest(text);
         const Deadline deadline(m_settings.bound(request.bound()));
-        if (!m_connection)
-            m_connection.emplace(m_settings.socket, deadline);
-        if (!report(m_settings, request, m_connection->ask(request.text, deadline)))
-            m_result = refused;
+        try {
+            if (!m_connection)
+                m_connection.emplace(m_settings.socket, deadline);
+            if (!report(m_settings, request, m_connection->ask(request.text, deadline)))
+                m_result = refused;
+        } catch (const Failure& failure) {
+            tellAsJson(m_settings, request, failure);
+            throw;
+        }
     }
     int result() const { return m_result; }
 
@@ -74,40 +53,27 @@ private:
     std::optional<Connection> m_connection;
     int m_result = allDone;
 };
-} // namespace
 
-int runRaw(const Settings& settings, const std::vector<std::string>& texts)
-{
-    RawRequests requests(settings);
-    for (const std::string& text : texts)
-        requests.send(text);
-    std::string line;
-    while (texts.empty() && std::getline(std::cin, line)) {
-        if (!line.empty())
-            requests.send(line);
-    }
-    return requests.result();
-}
-
-namespace
-{
 struct Batch {
     const Settings& settings;
     const std::vector<Request>& requests;
     int result = allDone;
+    bool hasQuit = false;
 
     static void onAnswer(void* self, size_t index, const ovik_client_answer* answer)
     {
         Batch& batch = *static_cast<Batch*>(self);
         if (!report(batch.settings, batch.requests[index], *answer))
             batch.result = refused;
+        else if (commandWordOf(batch.requests[index].text) == "quit")
+            batch.hasQuit = true;
     }
 
     /// "3 (getBrightness) to 5 (getBuzzerMode)", counted from 1.
     std::string range(size_t begin, size_t end) const
     {
         const auto name = [this](size_t index) {
-            return std::to_string(index + 1) + " (" + nameOf(requests[index]) + ")";
+            return std::to_string(index + 1) + " (" + commandWordOf(requests[index].text) + ")";
         };
         if (begin == end)
             return "none";
@@ -116,12 +82,13 @@ struct Batch {
 
     void tellHowFar(const ovik_client_progress& progress) const
     {
+        const std::string unanswered =
+            hasQuit ? "sent behind quit, not done" : "sent, perhaps done";
         complain("answered: " + range(0, progress.answered));
-        complain("sent, perhaps done: " + range(progress.answered, progress.sent));
+        complain(unanswered + ": " + range(progress.answered, progress.sent));
         complain("never left, not done: " + range(progress.sent, requests.size()));
         for (size_t i = progress.answered; settings.json && i < requests.size(); ++i)
-            printLine(jsonOf(requests[i],
-                             i < progress.sent ? "sent, perhaps done" : "never left, not done"));
+            printLine(jsonOf(requests[i], i < progress.sent ? unanswered : "never left, not done"));
     }
 };
 
@@ -134,6 +101,36 @@ Milliseconds boundOfAll(const std::vector<Request>& requests)
 }
 } // namespace
 
+int runRequest(const Settings& settings, const Request& request)
+{
+    try {
+        const Deadline deadline(settings.bound(request.bound()));
+        Connection connection(settings.socket, deadline);
+        const ovik_client_answer answer = connection.ask(request.text, deadline);
+        if (settings.json)
+            printAnswer(jsonOf(request, answer));
+        else if (answer.status == OVIK_OK && hasValue(request))
+            printAnswer(answer.text);
+        if (answer.status == OVIK_OK)
+            return allDone;
+        complain(statusInWords(answer.status));
+        return refused;
+    } catch (const Failure& failure) {
+        tellAsJson(settings, request, failure);
+        throw;
+    }
+}
+
+int runRaw(const Settings& settings, const std::vector<std::string>& texts)
+{
+    RawRequests requests(settings);
+    for (const std::string& text : texts)
+        requests.send(text);
+    if (texts.empty())
+        forEachLine("-", [&](const std::string& line) { requests.send(line); });
+    return requests.result();
+}
+
 int runBatch(const Settings& settings, const std::string& file)
 {
     const std::vector<Request> requests = requestsOfFile(file);
@@ -143,11 +140,18 @@ int runBatch(const Settings& settings, const std::string& file)
         texts.push_back(request.text.c_str());
 
     const Deadline deadline(settings.bound(boundOfAll(requests)));
-    Connection connection(settings.socket, deadline);
+    std::optional<Connection> connection;
+    try {
+        connection.emplace(settings.socket, deadline);
+    } catch (const Failure& failure) {
+        for (const Request& request : requests)
+            tellAsJson(settings, request, failure);
+        throw;
+    }
     Batch batch{settings, requests};
     ovik_client_progress progress = {};
     const ovik_client_error error =
-        ovik_client_batch(connection.client(), texts.data(), texts.size(), deadline.left(),
+        ovik_client_batch(connection->client(), texts.data(), texts.size(), deadline.left(),
                           Batch::onAnswer, &batch, &progress);
     if (error == OVIK_CLIENT_OK)
         return batch.result;

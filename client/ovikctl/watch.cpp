@@ -24,8 +24,7 @@ std::string timeOfDay()
 /// What a terminal shows in one line of that width.
 std::string cutTo(std::string text, size_t width)
 {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, ' ');
+    text = withoutControls(std::move(text));
     if (text.size() <= width)
         return text;
     const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; };
@@ -49,7 +48,8 @@ public:
     {
         for (const Request& request : m_requests) {
             m_bound += request.bound();
-            m_width = std::max(m_width, request.text.size());
+            m_names.push_back(withoutSecrets(request));
+            m_width = std::max(m_width, m_names.back().size());
         }
     }
 
@@ -76,8 +76,8 @@ public:
     {
         const std::string time = timeOfDay();
         for (size_t i = 0; i < round.values.size(); ++i)
-            printLine(m_settings.json ? round.objects[i]
-                                      : time + " " + m_requests[i].text + " " + round.values[i]);
+            printAnswer(m_settings.json ? round.objects[i]
+                                        : time + " " + m_names[i] + " " + round.values[i]);
         if (!round.failure.empty())
             complain(time + " " + round.failure);
     }
@@ -94,7 +94,7 @@ public:
         const size_t rows = std::min(m_requests.size(), height);
         for (size_t i = 0; i < rows; ++i) {
             const std::string value = i < round.values.size() ? round.values[i] : "";
-            std::string row = m_requests[i].text;
+            std::string row = m_names[i];
             row.resize(m_width + 2, ' ');
             row += value;
             const std::string line = cutTo(std::move(row), width);
@@ -110,6 +110,7 @@ public:
 private:
     const Settings& m_settings;
     std::vector<Request> m_requests;
+    std::vector<std::string> m_names; ///< of the requests, to be seen
     Milliseconds m_bound{0};
     size_t m_width = 0;
     size_t m_drawn = 0; ///< lines that the next picture replaces
