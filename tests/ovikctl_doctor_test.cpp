@@ -116,7 +116,7 @@ TEST(OvikctlDoctor, FindsThatTheQueueIsFull)
     const Ran result = doctor(peer.path());
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(badLines(result), Words{"queue: 20 clients wait for the service already; end those "
-                                      "that are not needed: ss -xp | grep ovik_server"});
+                                      "that are not needed"});
 }
 
 TEST(OvikctlDoctor, FindsWhoDoesNotSpeakTheProtocol)
@@ -190,7 +190,7 @@ TEST(OvikctlDoctor, FindsThatAnotherClientIsServed)
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(badLines(result),
               Words{"service: no answer: it serves another client, one at a time, or waits for the "
-                    "platform; see who is connected, ss -xp | grep ovik_server, or ask again"});
+                    "platform; end the other client, or ask again when it is done"});
 }
 
 TEST(OvikctlDoctor, FindsThatThereIsNoPlatformYet)
@@ -202,6 +202,21 @@ TEST(OvikctlDoctor, FindsThatThereIsNoPlatformYet)
     EXPECT_EQ(badLines(result),
               Words{"platform: there is none yet; see whether it is on the service's bus: busctl "
                     "--system status com.wenu.OVIK; the service looks for it every second"});
+}
+
+TEST(OvikctlDoctor, FindsThatThePlatformHasGone)
+{
+    PrivateBus bus;
+    auto platform = std::make_unique<FakePlatform>();
+    Server server;
+    ASSERT_TRUE(server.waitForPlatform());
+    platform.reset();
+    const Ran result = doctor(serverSocket);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(
+        badLines(result),
+        Words{"platform: it was adopted, but answers with an error or not at all; see whether "
+              "it still runs: busctl --system status com.wenu.OVIK"});
 }
 
 TEST(OvikctlDoctor, FindsWhatThePlatformLacksAndWhatAnswersWithAnError)

@@ -92,7 +92,7 @@ std::optional<Connection> connect(const std::string& path, const Deadline& deadl
                          "/usr/share/doc/ovik-server/examples/group-access.conf");
         else if (failure.code == timedOut)
             findings.bad(timedOut, "queue", "20 clients wait for the service already",
-                         "end those that are not needed: ss -xp | grep ovik_server");
+                         "end those that are not needed");
         else if (failure.systemError == EPROTOTYPE)
             findings.bad(noService, "type", "the socket is of another type: not ovik_server's",
                          "stop who listens there: ss -xlp; then start the service");
@@ -119,7 +119,7 @@ bool serviceAnswers(Connection& connection, const Deadline& deadline, Findings& 
             findings.bad(timedOut, "service",
                          "no answer: it serves another client, one at a time, or waits for the "
                          "platform",
-                         "see who is connected, ss -xp | grep ovik_server, or ask again");
+                         "end the other client, or ask again when it is done");
             return false;
         }
     }
@@ -129,6 +129,13 @@ bool serviceAnswers(Connection& connection, const Deadline& deadline, Findings& 
 }
 
 bool isMissing(status_t status) { return status == OVIK_NO_PLATFORM || status == OVIK_EMPTY_SLOT; }
+
+/// A platform that has gone: an error for everything but the modules, which then read as 0.
+bool isGone(const std::vector<status_t>& statuses)
+{
+    return std::all_of(statuses.begin(), statuses.end() - 1,
+                       [](status_t status) { return status == OVIK_REPLY_ERROR; });
+}
 
 void judge(const Facility& facility, status_t status, Findings& findings)
 {
@@ -166,6 +173,11 @@ void examinePlatform(Connection& connection, Milliseconds bound, Findings& findi
         findings.bad(refused, "platform", "there is none yet",
                      "see whether it is on the service's bus: busctl --system status "
                      "com.wenu.OVIK; the service looks for it every second");
+        return;
+    }
+    if (isGone(statuses)) {
+        findings.bad(refused, "platform", "it was adopted, but answers with an error or not at all",
+                     "see whether it still runs: busctl --system status com.wenu.OVIK");
         return;
     }
     findings.good("platform", "adopted");

@@ -11,6 +11,7 @@ struct Facility {
     const char* anyName = nullptr; ///< in the request: this panel need not know it
 };
 
+/// The plug-in modules, whose errors the service does not tell, come last.
 inline constexpr std::array<Facility, 11> facilities = {{
     {"counters and parameters", "/", "getSysCounter"},
     {"backlight", "/Backlight", "getBrightness"},
