@@ -124,8 +124,9 @@ typedef struct ovik_client_progress {
 typedef void ovik_client_on_answer(void* context, size_t index, const ovik_client_answer* answer);
 
 /**
- * Sends many requests back to back while taking the answers as they come. An idle service looks for
- * requests every 10 ms; a batch waits for that once.
+ * Sends many requests back to back while taking the answers as they come. As many as the system has
+ * room for, some hundreds to thousands, may wait for a service that is busy. An idle service looks
+ * for requests every 10 ms; a batch waits for that once.
  *
  * A "quit" among them ends the service: those behind it are not answered.
  *

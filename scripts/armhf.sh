@@ -59,10 +59,12 @@ make_sysroot() {
     # These run here.
     rm -rf "$sysroot/usr/lib/qt5/bin"
     ln -s /usr/lib/qt5/bin "$sysroot/usr/lib/qt5/bin"
-    cksum <scripts/armhf.sh >"$sysroot/.made_by"
+    made_by >"$sysroot/.made_by"
 }
 
-is_current() { cksum <scripts/armhf.sh | cmp -s - "$sysroot/.made_by"; }
+# The generators that run here must be those of the libraries' version.
+made_by() { cksum <scripts/armhf.sh && dpkg-query -W -f='${Version}\n' qtbase5-dev; }
+is_current() { made_by | cmp -s - "$sysroot/.made_by"; }
 
 if [ "${1:-}" = --apt-get ]; then
     shift

@@ -30,7 +30,8 @@ record_sysroot() {
             [ ! -e "$records/control/symbols" ] ||
                 cp "$records/control/symbols" "$records/info/$name.symbols"
             dpkg-deb --fsys-tarfile "$archive" | tar -t |
-                sed -e "s%^\.%$sysroot%" -e 's%/$%%' >"$records/info/$name.list"
+                awk -v root="$sysroot" '{ sub(/^\./, ""); sub(/\/$/, ""); print root $0 }' \
+                    >"$records/info/$name.list"
             printf '%s\nStatus: install ok installed\n\n' \
                 "$(dpkg-deb --field "$archive" Package Version Architecture Multi-Arch Maintainer \
                     Description | grep -v '^ ')" >>"$records/status"

@@ -18,6 +18,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace
@@ -519,6 +520,33 @@ TEST(ClientBatch, AllRequestsAreSentBeforeTheFirstAnswerIsNeeded)
     EXPECT_EQ(ovik_client_batch(client.client, requests.data(), 20, longEnough, nullptr, nullptr,
                                 nullptr),
               OVIK_CLIENT_OK);
+}
+
+/// How many requests find room in a connection as the system makes it.
+size_t usualRoom(const std::string& path, const std::string& request)
+{
+    const int sock = socket(AF_UNIX, SOCK_SEQPACKET, 0);
+    sockaddr_un address = {AF_UNIX, {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(connect(sock, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    size_t count = 0;
+    while (send(sock, request.c_str(), request.size() + 1, MSG_DONTWAIT) != -1)
+        ++count;
+    close(sock);
+    return count;
+}
+
+TEST(ClientBatch, MoreRequestsAreQueuedThanUsual)
+{
+    std::promise<void> done;
+    ScriptedPeer peer([&](ScriptedPeer&) { done.get_future().wait(); }); // takes nothing
+    Batch batch{std::vector<std::string>(50000, "unknown"), {}};
+    const size_t usual = usualRoom(peer.path(), "unknown");
+    Client client(peer.path());
+    EXPECT_EQ(batch.run(client, shortTime), OVIK_CLIENT_TIMED_OUT);
+    EXPECT_GT(usual, 0u);
+    EXPECT_GT(batch.progress.sent, usual);
+    done.set_value();
 }
 
 TEST(ClientBatch, NeitherSideWaitsForTheOtherForEver)

@@ -18,7 +18,7 @@ DEPENDS = "qtbase qtbase-native cli11 libedit nlohmann-json"
 
 inherit cmake_qt5 systemd
 
-EXTRA_OECMAKE += "-DOVIK_BUILD_TESTS=OFF -DOVIK_BUILD_PANEL_SIM=OFF"
+EXTRA_OECMAKE += "-DCMAKE_BUILD_TYPE=MinSizeRel -DOVIK_BUILD_TESTS=OFF -DOVIK_BUILD_PANEL_SIM=OFF"
 
 # The unit goes below the prefix; systemd.bbclass looks for it where the distribution keeps its own.
 do_install:append() {
