@@ -28,7 +28,7 @@ for program; do
     # its headers ask for that.
     "$readelf" --wide --syms "$program" |
         awk '$5 != "LOCAL" && $6 == "DEFAULT" && $7 != "UND" &&
-            $8 !~ /^_Z(T[A-Z]|Z)?N?K?(S[tabdios]|9__gnu_cxx)/ { print $8 }' >"$dir/visible"
+            $8 !~ /^_Z(T[A-Z]|Z)?(P?F)?N?K?(S[tabdios]|9__gnu_cxx)/ { print $8 }' >"$dir/visible"
 
     expect "$program" "is position independent" "$dir/file-header" 'Type: +DYN'
     expect "$program" "is an executable of that kind" "$dir/dynamic" 'FLAGS_1.*PIE'
