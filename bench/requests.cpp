@@ -8,9 +8,6 @@
 
 namespace
 {
-/// The time that an idle service sleeps before it looks for requests again.
-constexpr double idleSleep = 10e6;
-
 std::vector<const char*> same(const char* request, int count)
 {
     return std::vector<const char*>(static_cast<size_t>(count), request);
