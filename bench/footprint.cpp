@@ -114,10 +114,10 @@ void measureIdle(Report& report, const Effort& effort)
     }
     report.part("Processor time when idle");
     const auto row = [&](const char* what, const Rounds& percent) {
-        report.row(
-            what, "1 % of one core", percent,
-            format("%.3g %% / %.3g %% of the minimal program", median(percent), median(others)),
-            Goal::AtMost, 0.5);
+        report.row(what, "1 % of one core", percent,
+                   format("%.3g %% of one core, the minimal program %.3g %%", median(percent),
+                          median(others)),
+                   Goal::AtMost, 0.5);
     };
     row("without a client", alone);
     row("with a client that says nothing", connected);
