@@ -233,8 +233,10 @@ void measureRequest(Report& report, Counter& counter, Service& service, const st
             --buffers;
         }
         ++classes[kind];
-        ++places[kind + '\t' + threadNames[origin.thread] + '\t' + function + '\t' +
-                 origin.entered];
+        std::ostringstream place;
+        place << kind << '\t' << threadNames[origin.thread] << '\t' << function << '\t'
+              << origin.entered;
+        ++places[place.str()];
     }
     for (const auto& [place, count] : places)
         details << shown << '\t' << count << '\t' << place << '\n';
@@ -243,8 +245,8 @@ void measureRequest(Report& report, Counter& counter, Service& service, const st
                format("%d / %.0f; threads: ", classes["ours"], all) + byThread, Goal::AtMost, 0);
     for (const auto& [kind, count] : classes) {
         if (kind != "ours")
-            report.row(shown + ": " + kind, "all its allocations", {count / all},
-                       format("%d / %.0f", count, all));
+            report.row(format("%s: %s", shown.c_str(), kind.c_str()), "all its allocations",
+                       {count / all}, format("%d / %.0f", count, all));
     }
 }
 } // namespace

@@ -87,6 +87,7 @@ void measureMemory(Report& report, const Effort& effort)
 std::vector<double> idleShares(const std::vector<pid_t>& pids, std::chrono::seconds time)
 {
     std::vector<double> before;
+    before.reserve(pids.size());
     for (const pid_t pid : pids)
         before.push_back(processorTimeOf(pid));
     const double start = nanoseconds();

@@ -74,7 +74,7 @@ void measureSizes(Report& report, const Effort& effort)
     // The EEPROM of the simulated panel has 256 bytes; the answer is as long as was asked for.
     for (const int length : {0, 1, 10, 100, 1000, 3332})
         measure("seepromRead;0;" + std::to_string(length), [&] { qt.readEeprom(length); });
-    for (const size_t size : {100, 1000, 5000, 9999}) {
+    for (const size_t size : {100U, 1000U, 5000U, 9999U}) {
         makeDocument(service, size);
         measure("getAllSystemParametersJson", [&] { qt.readDocument(); });
     }

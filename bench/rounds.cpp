@@ -37,7 +37,7 @@ std::vector<Rounds> interleave(int rounds, const std::vector<Contender>& contend
     return results;
 }
 
-Contender repeated(int times, std::function<void()> operation)
+Contender repeated(int times, const std::function<void()>& operation)
 {
     return [=] {
         const double start = nanoseconds();

@@ -22,7 +22,7 @@ using Contender = std::function<double()>;
 std::vector<Rounds> interleave(int rounds, const std::vector<Contender>& contenders);
 
 /// A contender that does @p operation so many times.
-Contender repeated(int times, std::function<void()> operation);
+Contender repeated(int times, const std::function<void()>& operation);
 
 /// ns of the monotonic clock.
 double nanoseconds();
