@@ -14,6 +14,11 @@ plots=$results
 
 ensure_build_packages
 ensure_packages libbenchmark-dev gnuplot-nox strace systemd binutils
+# Where there are other packages than Debian's.
+for tool in gnuplot busctl addr2line strip; do
+    command -v "$tool" >/dev/null || die "$tool is missing: install it"
+done
+command -v strace >/dev/null || say "strace is missing: the start is not split"
 build bench ovik_bench
 
 say "measuring; what else runs on this machine widens the quartiles"

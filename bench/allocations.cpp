@@ -3,6 +3,7 @@
 #include "bench/counter.h"
 
 #include <array>
+#include <cmath>
 #include <cxxabi.h>
 #include <fcntl.h>
 #include <filesystem>
@@ -21,8 +22,12 @@ using Counts = std::array<double, THREAD_KINDS>;
 class Counter
 {
 public:
-    Counter() : m_countsPath(m_dir.path("counts")), m_stacksPath(m_dir.path("stacks"))
+    Counter()
+        : m_countsPath(m_dir.path("counts")), m_stacksPath(m_dir.path("stacks")),
+          m_modulePath(m_dir.path("counter.so"))
     {
+        // LD_PRELOAD ends a path at a blank or colon, as the one of the build may have.
+        std::filesystem::create_symlink(OVIK_BENCH_COUNTER_PATH, m_modulePath);
         const int file = open(m_countsPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
         void* mapped = MAP_FAILED;
         if (ftruncate(file, sizeof(counter)) == 0)
@@ -36,7 +41,7 @@ public:
     /// What the service is to be run under.
     std::vector<std::string> prefix() const
     {
-        return {"env", "LD_PRELOAD=" OVIK_BENCH_COUNTER_PATH, "OVIK_BENCH_COUNTER=" + m_countsPath,
+        return {"env", "LD_PRELOAD=" + m_modulePath, "OVIK_BENCH_COUNTER=" + m_countsPath,
                 "OVIK_BENCH_STACKS=" + m_stacksPath};
     }
 
@@ -63,8 +68,10 @@ private:
     const TempDir m_dir;
     const std::string m_countsPath;
     const std::string m_stacksPath;
+    const std::string m_modulePath;
     counter* m_counter;
 };
+
 /// One caller, as "/path/object(function+0x12) [0x7f12]" or "/path/object(+0x12) [0x7f12]".
 struct Frame {
     explicit Frame(const std::string& line)
@@ -139,30 +146,54 @@ std::map<std::string, std::string> functionsAt(const std::vector<Origin>& origin
     return functions;
 }
 
-/// Who an allocation is to be put down to. A QVariant is an argument that a generated client passes
-/// on.
+/// Its name with its classes, but without the type that it returns and its arguments.
+std::string nameOf(const std::string& function)
+{
+    size_t begin = 0;
+    int depth = 0;
+    for (size_t i = 0; i < function.size(); ++i) {
+        if (function.compare(i, 21, "(anonymous namespace)") == 0)
+            i += 20;
+        else if (function[i] == '<')
+            ++depth;
+        else if (function[i] == '>')
+            --depth;
+        else if (depth == 0 && function[i] == ' ')
+            begin = i + 1;
+        else if (depth == 0 && function[i] == '(')
+            return function.substr(begin, i - begin);
+    }
+    return function;
+}
+
+/// Who an allocation is to be put down to. Qt's templates and the generated clients are part of our
+/// program; a QVariant is an argument that such a client passes on.
 std::string classOf(const Origin& origin, const std::string& function)
 {
-    const auto calls = [&](const char* name) { return origin.entered.rfind(name, 0) == 0; };
-    const auto is = [&](const char* name) { return function.find(name) != std::string::npos; };
+    const std::string name = nameOf(function);
+    const auto calls = [&](const char* begin) { return origin.entered.rfind(begin, 0) == 0; };
+    const auto isOf = [&](const char* begin) { return name.rfind(begin, 0) == 0; };
+    const auto is = [&](const char* part) { return name.find(part) != std::string::npos; };
     if (origin.entered.empty())
-        return "Qt D-Bus, its thread";
+        return origin.thread == BUS_THREAD ? "Qt D-Bus, its thread" : "ours";
+    const bool clientOfQt = isOf("QDBus") || isOf("ComWenuOVIK") || isOf("QList<QVariant>");
+    if ((calls("malloc") || calls("operator new")) && !clientOfQt)
+        return "ours";
     if (calls("QMetaObject::invokeMethod") || calls("QCoreApplication::exec") ||
         is("qt_metacall") || is("qt_static_metacall"))
         return "hand-over to the application thread";
-    if (calls("QDBus") || is("QDBus") || is("ComWenuOVIK") || is("QVariant"))
+    if (calls("QDBus") || clientOfQt)
         return "Qt D-Bus, a call";
     if (calls("QString") || calls("QByteArray") || calls("QtPrivate::QStringList") ||
         calls("QList"))
         return "Qt's strings";
-    if (calls("malloc"))
-        return "the EEPROM buffer";
     return "ours";
 }
 
 void measureRequest(Report& report, Counter& counter, Service& service, const std::string& request,
                     std::ostream& details)
 {
+    const std::string shown = request == "-8" ? "unknown word" : request;
     constexpr int many = 1000;
     const auto ask = [&](int count) {
         service.batch(std::vector<const char*>(static_cast<size_t>(count), request.c_str()),
@@ -182,26 +213,40 @@ void measureRequest(Report& report, Counter& counter, Service& service, const st
 
     std::ifstream stacks = counter.stacksDuring([&] { ask(1); });
     const auto origins = originsIn(stacks);
+    const auto all = static_cast<double>(origins.size());
+    if (all != std::round(sum))
+        throw std::runtime_error(
+            format("%s: %.0f allocations with callers, %.2f counted", shown.c_str(), all, sum));
     const auto functions = functionsAt(origins);
+    // The one allocation that the service makes by itself. The function may be part of its caller.
+    int buffers = request.rfind("seepromRead;", 0) == 0 ? 1 : 0;
     std::map<std::string, int> classes = {{"ours", 0}};
     std::map<std::string, int> places;
     for (const Origin& origin : origins) {
         const std::string function = origin.offset.empty() ? "" : functions.at(origin.offset);
-        const std::string kind = classOf(origin, function);
+        std::string kind = classOf(origin, function);
+        const std::string name = nameOf(function);
+        if (buffers > 0 && origin.entered == "malloc" &&
+            (name.find("::readBytes") != std::string::npos ||
+             name == "(anonymous namespace)::seepromRead")) {
+            kind = "the EEPROM buffer";
+            --buffers;
+        }
         ++classes[kind];
-        ++places[kind + '\t' + threadNames[origin.thread] + '\t' + function + '\t' +
-                 origin.entered];
+        std::ostringstream place;
+        place << kind << '\t' << threadNames[origin.thread] << '\t' << function << '\t'
+              << origin.entered;
+        ++places[place.str()];
     }
     for (const auto& [place, count] : places)
-        details << request << '\t' << count << '\t' << place << '\n';
+        details << shown << '\t' << count << '\t' << place << '\n';
 
-    const auto all = static_cast<double>(origins.size());
-    report.row(request + ": ours", "all its allocations", {classes["ours"] / all},
+    report.row(shown + ": ours", "all its allocations", {classes["ours"] / all},
                format("%d / %.0f; threads: ", classes["ours"], all) + byThread, Goal::AtMost, 0);
     for (const auto& [kind, count] : classes) {
         if (kind != "ours")
-            report.row(request + ": " + kind, "all its allocations", {count / all},
-                       format("%d / %.0f", count, all));
+            report.row(format("%s: %s", shown.c_str(), kind.c_str()), "all its allocations",
+                       {count / all}, format("%d / %.0f", count, all));
     }
 }
 } // namespace

@@ -3,6 +3,9 @@
 #include "bench/report.h"
 #include "tests/support/server.h"
 
+/// The ns that an idle service sleeps before it looks for requests again.
+inline constexpr double idleSleep = 10e6;
+
 /// How much is measured.
 struct Effort {
     bool quick;

@@ -1,6 +1,5 @@
-/* The least that a SOCK_SEQPACKET server can be: it sends each message back as soon as poll() says
- * that there is one. echo SOCKET: serves one client after the other until it is ended. */
-#include <poll.h>
+/* The least that a SOCK_SEQPACKET server can be: it waits for a message and sends it back, a system
+ * call each. echo SOCKET: serves one client after the other until it is ended. */
 #include <stdio.h>
 #include <string.h>
 #include <sys/socket.h>
@@ -10,10 +9,9 @@
 static void serve(int sock)
 {
     char message[5000];
-    struct pollfd event = {.fd = sock, .events = POLLIN};
-    while (poll(&event, 1, -1) == 1) {
-        const ssize_t size = recv(sock, message, sizeof message, 0);
-        if (size <= 0 || send(sock, message, (size_t)size, MSG_NOSIGNAL) != size)
+    ssize_t size;
+    while ((size = recv(sock, message, sizeof message, 0)) > 0) {
+        if (send(sock, message, (size_t)size, MSG_NOSIGNAL) != size)
             return;
     }
 }

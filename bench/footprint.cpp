@@ -87,6 +87,7 @@ void measureMemory(Report& report, const Effort& effort)
 std::vector<double> idleShares(const std::vector<pid_t>& pids, std::chrono::seconds time)
 {
     std::vector<double> before;
+    before.reserve(pids.size());
     for (const pid_t pid : pids)
         before.push_back(processorTimeOf(pid));
     const double start = nanoseconds();
@@ -114,10 +115,10 @@ void measureIdle(Report& report, const Effort& effort)
     }
     report.part("Processor time when idle");
     const auto row = [&](const char* what, const Rounds& percent) {
-        report.row(
-            what, "1 % of one core", percent,
-            format("%.3g %% / %.3g %% of the minimal program", median(percent), median(others)),
-            Goal::AtMost, 0.5);
+        report.row(what, "1 % of one core", percent,
+                   format("%.3g %% of one core, the minimal program %.3g %%", median(percent),
+                          median(others)),
+                   Goal::AtMost, 0.5);
     };
     row("without a client", alone);
     row("with a client that says nothing", connected);

@@ -74,7 +74,7 @@ void measureSizes(Report& report, const Effort& effort)
     // The EEPROM of the simulated panel has 256 bytes; the answer is as long as was asked for.
     for (const int length : {0, 1, 10, 100, 1000, 3332})
         measure("seepromRead;0;" + std::to_string(length), [&] { qt.readEeprom(length); });
-    for (const size_t size : {100, 1000, 5000, 9999}) {
+    for (const size_t size : {100U, 1000U, 5000U, 9999U}) {
         makeDocument(service, size);
         measure("getAllSystemParametersJson", [&] { qt.readDocument(); });
     }
@@ -89,18 +89,26 @@ void measureEndurance(Report& report, const Effort& effort)
     const pid_t pid = server.process().pid();
     Service service;
     const std::vector<const char*> requests(static_cast<size_t>(chunk), "getBrightness");
+    QtProgram qt;
     auto points = report.points("requests");
-    Rounds own, resident, pipelined, single;
+    // The first requests and the last ones are minutes apart, in which the machine may slow down:
+    // the times are held against direct calls made beside them.
+    const Contender direct = repeated(chunk / 5, [&] { qt.getBrightness(); });
+    Rounds own, resident, pipelined, single, pipelinedRatio, singleRatio;
     for (int done = 0; done < many; done += chunk) {
         pipelined.push_back(repeated(1, [&] { service.batch(requests); })() / chunk);
         single.push_back(
             median(interleave(5, {repeated(1, [&] { service.single("getBrightness"); })})[0]));
+        const double call = direct();
+        pipelinedRatio.push_back(pipelined.back() / call);
+        singleRatio.push_back(single.back() / (idleSleep + call));
         const Memory memory = memoryOf(pid);
         own.push_back(memory.own);
         resident.push_back(memory.resident);
         points << done + chunk << '\t' << own.back() / own.front() << '\t'
-               << resident.back() / resident.front() << '\t' << pipelined.back() / pipelined.front()
-               << '\t' << single.back() / single.front() << '\n';
+               << resident.back() / resident.front() << '\t'
+               << pipelinedRatio.back() / pipelinedRatio.front() << '\t'
+               << singleRatio.back() / singleRatio.front() << '\n';
     }
     const auto last = [](const Rounds& all) { return Rounds(all.end() - 10, all.end()); };
     const auto first = [](const Rounds& all) { return Rounds(all.begin(), all.begin() + 10); };
@@ -110,11 +118,17 @@ void measureEndurance(Report& report, const Effort& effort)
                format("%.0f / %.0f KiB", own.back(), own.front()), Goal::AtMost, 1);
     report.row("resident memory at the end", after, {resident.back() / resident.front()},
                format("%.0f / %.0f KiB", resident.back(), resident.front()), Goal::AtMost, 1);
-    report.row("time pipelined, last tenth", "first tenth",
-               quotients(last(pipelined), first(pipelined)),
-               durations(last(pipelined), first(pipelined)));
-    report.row("time of a single one, last tenth", "first tenth",
-               quotients(last(single), first(single)), durations(last(single), first(single)));
+    const auto flat = [&](const char* what, const char* against, const Rounds& ratios,
+                          const Rounds& times) {
+        report.row(what, against, quotients(last(ratios), first(ratios)),
+                   durations(last(times), first(times)) +
+                       format(", ratios %.3g / %.3g", median(last(ratios)), median(first(ratios))),
+                   Goal::AtMost, 1.25);
+    };
+    flat("pipelined time over a Qt D-Bus call's, last tenth", "first tenth", pipelinedRatio,
+         pipelined);
+    flat("single time over an idle sleep + a Qt D-Bus call, last tenth", "first tenth", singleRatio,
+         single);
 }
 } // namespace
 

@@ -13,6 +13,21 @@ std::filesystem::directory_iterator tasksOf(pid_t pid)
 {
     return std::filesystem::directory_iterator(directoryOf(pid) + "/task");
 }
+
+/// ns, as schedstat in @p directory tells them.
+struct Times {
+    double running = 0;
+    double queued = 0;
+};
+
+Times timesIn(const std::string& directory)
+{
+    Times times;
+    std::ifstream file(directory + "/schedstat");
+    if (!(file >> times.running >> times.queued))
+        throw std::runtime_error("cannot read " + directory + "/schedstat");
+    return times;
+}
 } // namespace
 
 Memory memoryOf(pid_t pid)
@@ -36,20 +51,18 @@ Memory memoryOf(pid_t pid)
 double processorTimeOf(pid_t pid)
 {
     double sum = 0;
-    for (const auto& task : tasksOf(pid)) {
-        double time = 0;
-        std::ifstream(task.path() / "schedstat") >> time;
-        sum += time;
-    }
+    for (const auto& task : tasksOf(pid))
+        sum += timesIn(task.path()).running;
+    // A kernel that keeps no such account writes 0, which no process has that has started.
+    if (sum == 0)
+        throw std::runtime_error("no processor time of process " + std::to_string(pid));
     return sum;
 }
 
 double busyTimeOf(pid_t pid)
 {
-    double running = 0;
-    double queued = 0;
-    std::ifstream(directoryOf(pid) + "/schedstat") >> running >> queued;
-    return running + queued;
+    const Times times = timesIn(directoryOf(pid));
+    return times.running + times.queued;
 }
 
 int threadsOf(pid_t pid)

@@ -17,7 +17,7 @@ Report::Report(const std::string& directory) : m_directory(directory)
 Report::~Report()
 {
     if (m_goals > 0)
-        printf("\n%d of %d goals met\n", m_goals - m_missed, m_goals);
+        printf("\n%d of %d rows with a goal meet it\n", m_goals - m_missed, m_goals);
 }
 
 void Report::part(const std::string& title)

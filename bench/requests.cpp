@@ -8,15 +8,12 @@
 
 namespace
 {
-/// The time that an idle service sleeps before it looks for requests again.
-constexpr double idleSleep = 10e6;
-
 std::vector<const char*> same(const char* request, int count)
 {
     return std::vector<const char*>(static_cast<size_t>(count), request);
 }
 
-Contender batches(Service& service, std::vector<const char*> requests, int status = OVIK_OK)
+Contender batches(Service& service, const std::vector<const char*>& requests, int status = OVIK_OK)
 {
     return [&service, requests, status] {
         const double start = nanoseconds();
@@ -31,7 +28,7 @@ struct Meter {
     Rounds processor = {}; ///< ns a request
     Rounds waiting = {}; ///< ns a request of its main thread, for requests or for room for answers
 
-    Contender on(Contender contender, int requests)
+    Contender on(const Contender& contender, int requests)
     {
         return [this, contender, requests] {
             const double processorBefore = processorTimeOf(pid);

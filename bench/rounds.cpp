@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <stdexcept>
 
 double quantile(Rounds values, double share)
 {
+    if (values.empty())
+        throw std::runtime_error("nothing was measured");
     std::sort(values.begin(), values.end());
     const double place = share * static_cast<double>(values.size() - 1);
     const double below = std::floor(place);
@@ -18,7 +21,7 @@ Rounds quotients(const Rounds& numerators, const Rounds& denominators)
 {
     Rounds result;
     for (size_t i = 0; i < numerators.size(); ++i)
-        result.push_back(numerators[i] / denominators[i]);
+        result.push_back(numerators[i] / denominators.at(i));
     return result;
 }
 
@@ -34,7 +37,7 @@ std::vector<Rounds> interleave(int rounds, const std::vector<Contender>& contend
     return results;
 }
 
-Contender repeated(int times, std::function<void()> operation)
+Contender repeated(int times, const std::function<void()>& operation)
 {
     return [=] {
         const double start = nanoseconds();

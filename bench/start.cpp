@@ -1,80 +1,27 @@
 #include "bench/bench.h"
 #include "bench/contenders.h"
 
-#include <fcntl.h>
 #include <fstream>
 #include <map>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace
 {
-/// A process started the quick way, whose standard output is a pipe. It ends with this object.
-class Spawned
-{
-public:
-    explicit Spawned(const std::vector<std::string>& command)
-    {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            throw std::runtime_error("no pipe");
-        std::vector<char*> words;
-        for (const std::string& word : command)
-            words.push_back(const_cast<char*>(word.c_str()));
-        words.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        const int error =
-            posix_spawnp(&m_pid, words.front(), &actions, nullptr, words.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
-        close(ends[1]);
-        m_output = ends[0];
-        if (error != 0)
-            throw std::runtime_error("cannot start " + command.front());
-    }
-    ~Spawned()
-    {
-        if (m_pid != -1)
-            kill(m_pid, SIGTERM);
-        wait();
-        close(m_output);
-    }
-    Spawned(const Spawned&) = delete;
-    Spawned& operator=(const Spawned&) = delete;
-
-    void wait()
-    {
-        if (m_pid != -1)
-            waitpid(m_pid, nullptr, 0);
-        m_pid = -1;
-    }
-    /// Waits for the first output.
-    bool speaks() const
-    {
-        char byte;
-        return read(m_output, &byte, 1) == 1;
-    }
-
-private:
-    pid_t m_pid = -1;
-    int m_output = -1;
-};
+/// How often it is looked whether a program has come so far.
+constexpr auto pause = 200us;
 
 /// From the start of @p command, which runs the service, to its first good answer.
 double firstAnswer(const std::vector<std::string>& command)
 {
+    if (isListening(serverSocket))
+        throw std::runtime_error("another server holds " + std::string(serverSocket));
     const double start = nanoseconds();
     const double deadline = start + 30e9;
-    Spawned server(command);
+    Process server(command);
     ovik_client* client = nullptr;
     ovik_client_answer answer = {OVIK_NO_PLATFORM, "", 0};
     while (ovik_client_open(&client, nullptr, 1000) != OVIK_CLIENT_OK && nanoseconds() < deadline)
-        std::this_thread::sleep_for(200us);
+        std::this_thread::sleep_for(pause);
     while (answer.status != OVIK_OK) {
         if (nanoseconds() > deadline ||
             ovik_client_request(client, "getBrightness", 30000, &answer) != OVIK_CLIENT_OK)
@@ -83,16 +30,20 @@ double firstAnswer(const std::vector<std::string>& command)
     const double took = nanoseconds() - start;
     ovik_client_request(client, "quit", 30000, &answer);
     ovik_client_close(client);
-    server.wait();
+    if (server.wait() != 0)
+        throw std::runtime_error("the service does not end: " + server.errors());
     return took;
 }
 
 double firstCall()
 {
     const double start = nanoseconds();
-    const Spawned minimal({OVIK_BENCH_MINIMAL_PATH});
-    if (!minimal.speaks())
-        throw std::runtime_error("the minimal program has no answer");
+    Process minimal({OVIK_BENCH_MINIMAL_PATH});
+    while (minimal.output().empty()) {
+        if (!minimal.running() || nanoseconds() > start + 30e9)
+            throw std::runtime_error("the minimal program has no answer");
+        std::this_thread::sleep_for(pause);
+    }
     return nanoseconds() - start;
 }
 
@@ -141,7 +92,7 @@ private:
             begin(now, "load and link");
         else if (is("bind"))
             begin(now, "socket");
-        else if (is("clone3") && names.back() == "socket")
+        else if (is("clone") && names.back() == "socket")
             begin(now, "thread, application object");
         else if (is("connect") && has("/bus\""))
             begin(now, "bus connection");
@@ -170,19 +121,20 @@ void measureSplit(Report& report, const Effort& effort, const Rounds& untraced)
     const TempDir dir;
     const std::string file = dir.path("trace");
     if (Process({"strace", "-o", file, "true"}).wait() != 0) {
-        report.remark("no split: strace may not trace here");
+        report.remark("no split: strace is missing, or may not trace here");
         return;
     }
-    const std::vector<std::string> command = {"strace",
-                                              "-f",
-                                              "-ttt",
-                                              "-s",
-                                              "300",
-                                              "-o",
-                                              file,
-                                              "-e",
-                                              "trace=execve,bind,clone3,connect,sendmsg,write",
-                                              OVIK_SERVER_PATH};
+    const std::vector<std::string> command = {
+        "strace",
+        "-f",
+        "-ttt",
+        "-s",
+        "300",
+        "-o",
+        file,
+        "-e",
+        "trace=execve,bind,clone,clone3,connect,sendmsg,write",
+        OVIK_SERVER_PATH};
     std::vector<std::string> names;
     std::map<std::string, Rounds> shares;
     std::map<std::string, Rounds> times;
