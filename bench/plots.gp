@@ -2,7 +2,7 @@
 set terminal svg size 640,400 font "sans-serif,12" background "white"
 set grid
 set style data linespoints
-set key bottom right
+set key below
 
 set output plots."/window.svg"
 set title "getBrightness over the requests under way at a time"
