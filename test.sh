@@ -12,7 +12,8 @@ if [[ ${1:-} == [!-]* ]]; then
 fi
 
 ensure_build_packages
-ensure_packages valgrind python3 socat zsh bash-completion
+ensure_test_packages
+ensure_packages valgrind
 build "$preset"
 say "testing, preset $preset (some minutes: the longest waits are among what is tested)"
 # One after the other: only one server can run on a machine, and some tests measure time.

@@ -73,7 +73,8 @@ if [ "${1:-}" = --apt-get ]; then
 fi
 # Those for the build here are for its tools, such as moc, and for the tests' bus.
 ensure_build_packages
-ensure_packages g++-arm-linux-gnueabihf qemu-user python3 socat
+ensure_test_packages
+ensure_packages g++-arm-linux-gnueabihf qemu-user
 is_current || make_sysroot
 [ "${1:-}" != --sysroot-only ] || exit 0
 build armhf

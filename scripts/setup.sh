@@ -54,6 +54,9 @@ ensure_build_packages() {
         libgtest-dev libsystemd-dev libcli11-dev libedit-dev nlohmann-json3-dev
 }
 
+# What the tests start besides what is built.
+ensure_test_packages() { ensure_packages python3 socat zsh bash-completion; }
+
 # build PRESET [TARGET...]: configures and builds, in the source directory.
 build() {
     local preset=$1
