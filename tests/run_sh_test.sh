@@ -130,8 +130,9 @@ another_server_that_lives() {
 # Starts run.sh at a terminal whose keys are typed into descriptor 5, and waits for the prompt.
 open_terminal() {
     mkfifo "$work/keys"
-    # What is started in the background ignores Ctrl-C otherwise.
-    as_lock_holder env --default-signal=INT script -qefc "'$run'" /dev/null <"$work/keys" &
+    # What is started in the background ignores Ctrl-C otherwise. A shell in between would get it as
+    # well, and some shells tell of it with their exit status.
+    as_lock_holder env --default-signal=INT script -qefc "exec '$run'" /dev/null <"$work/keys" &
     terminal=$!
     exec 5>"$work/keys"
     rm "$work/keys"
@@ -216,6 +217,9 @@ for situation in the_tour requests_of_the_command_line a_quit_among_the_requests
     an_interrupt_while_a_request_waits \
     a_lock_that_a_test_holds a_lock_that_another_run_sh_holds; do
     printf '%s\n' "$situation"
+    # What the last one printed is not to be taken for what this one awaits.
+    : >"$work/out"
+    : >"$work/err"
     "$situation"
 done
 [ "$failures" -eq 0 ]
