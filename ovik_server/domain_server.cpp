@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -39,6 +40,14 @@ bool setNonBlocking(int sock)
         return false;
     }
     return true;
+}
+
+/// Asked before accept(), which sets up a socket before it sees that nobody waits: that would be a
+/// third of what the service costs without a client.
+bool isSomebodyWaiting(int listenSock)
+{
+    pollfd listener = {listenSock, POLLIN, 0};
+    return poll(&listener, 1, 0) > 0;
 }
 
 /// True when a descriptor that was just given leaves the rest of the process few to open: a search
@@ -80,6 +89,9 @@ bool DomainServer::start(const char* name)
 
 bool DomainServer::accept()
 {
+    if (!isSomebodyWaiting(m_listenSock))
+        return false;
+
     m_dataSock = ::accept(m_listenSock, nullptr, nullptr);
     if (m_dataSock == -1 && (errno == EMFILE || errno == ENFILE) && !m_forgotten.empty()) {
         closeForgotten();
