@@ -1,6 +1,5 @@
 #include "ovik_server/command_calls.h"
 
-#include "ovik_server/ovik_server.h"
 #include "ovik_server/service_command.h"
 
 #include <algorithm>
@@ -20,11 +19,10 @@ constexpr int maxReadLength = 65535;
 /// The mode in which a plug-in point may be set.
 constexpr int settableMode = 2;
 
-// The C API leaves a text that fills its buffer without a NUL, so it is terminated here.
-
-status_t inScratch(status_t status, Result& out)
+/// The C API leaves a text that fills its buffer without a NUL, so it is ended here, at @p end.
+status_t inScratch(status_t status, size_t end, Result& out)
 {
-    str[sizeof str - 1] = 0;
+    str[end] = 0;
     out.text = str;
     return status;
 }
@@ -60,12 +58,12 @@ status_t call(status_t (*f)(uint64_t*), const Fields&, Result& out) { return f(&
 
 status_t call(status_t (*f)(char*, int), const Fields&, Result& out)
 {
-    return inScratch(f(str, sizeof str), out);
+    return inScratch(f(str, sizeof str), sizeof str - 1, out);
 }
 
 status_t call(status_t (*f)(const char*, char*, int), const Fields& in, Result& out)
 {
-    return inScratch(f(in.text(1).constData(), str, sizeof str), out);
+    return inScratch(f(in.text(1).constData(), str, sizeof str), sizeof str - 1, out);
 }
 
 status_t call(status_t (*f)(unsigned int, unsigned int, int*), const Fields& in, Result& out)
@@ -94,14 +92,14 @@ status_t call(status_t (*f)(unsigned int, unsigned int, int, int, int*), const F
 
 /// A C function of one of the forms above.
 template <auto function>
-status_t plain(OvikServer&, const Fields& in, Result& out)
+status_t plain(const Fields& in, Result& out)
 {
     return call(function, in, out);
 }
 
 /// A write to a plug-in point, made only if @p modeQuery says that the point may be set.
 template <auto modeQuery, auto write>
-status_t guarded(OvikServer&, const Fields& in, Result& out)
+status_t guarded(const Fields& in, Result& out)
 {
     int mode = 0;
     const status_t status = modeQuery(in.unsignedNumber(1), in.unsignedNumber(2), &mode);
@@ -112,12 +110,9 @@ status_t guarded(OvikServer&, const Fields& in, Result& out)
 
 /// A parameter is a short text: its buffer is a hundred bytes.
 template <auto function>
-status_t parameter(OvikServer&, const Fields& in, Result& out)
+status_t parameter(const Fields& in, Result& out)
 {
-    const status_t status = function(in.text(1).constData(), str, parameterSize);
-    str[parameterSize - 1] = 0;
-    out.text = str;
-    return status;
+    return inScratch(function(in.text(1).constData(), str, parameterSize), parameterSize - 1, out);
 }
 
 /// An EEPROM read of @p length bytes, done by @p read.
@@ -134,7 +129,7 @@ status_t readBytes(int length, Result& out, Read read)
     return read(out.bytes.get());
 }
 
-status_t seepromRead(OvikServer&, const Fields& in, Result& out)
+status_t seepromRead(const Fields& in, Result& out)
 {
     const int offset = in.number(1);
     const int length = in.number(2);
@@ -142,7 +137,7 @@ status_t seepromRead(OvikServer&, const Fields& in, Result& out)
                      [&](unsigned char* data) { return ovik_seepromRead(offset, length, data); });
 }
 
-status_t seepromReadSlave(OvikServer&, const Fields& in, Result& out)
+status_t seepromReadSlave(const Fields& in, Result& out)
 {
     const int slaveAddress = in.number(1);
     const int offset = in.number(2);
@@ -152,18 +147,15 @@ status_t seepromReadSlave(OvikServer&, const Fields& in, Result& out)
     });
 }
 
-status_t systemInfo(OvikServer&, const Fields&, Result& out)
+status_t systemInfo(const Fields&, Result& out)
 {
-    const status_t status =
-        ovik_getSystemInfo(str, moduleNameSize, &out.hwCode, &out.manufactureCode);
-    str[moduleNameSize] = 0; // a name of full length has no NUL of its own
-    out.text = str;
-    return status;
+    return inScratch(ovik_getSystemInfo(str, moduleNameSize, &out.hwCode, &out.manufactureCode),
+                     moduleNameSize, out); // all of its five bytes may be the name's
 }
 
 // An I/O point's value travels to and from the C API as one digit.
 
-status_t readPoint(OvikServer&, const Fields& in, Result& out)
+status_t readPoint(const Fields& in, Result& out)
 {
     unsigned char digit = 0;
     const status_t status =
@@ -178,9 +170,9 @@ status_t writePoint(unsigned int slot, unsigned int index, unsigned int value, i
     return ovik_setHWPluginIO(slot, index, &digit, 1, pResp);
 }
 
-status_t quit(OvikServer& server, const Fields&, Result&)
+status_t quit(const Fields&, Result& out)
 {
-    server.quit();
+    out.isLast = true;
     return OVIK_OK;
 }
 

@@ -4,10 +4,8 @@
 #include "ovik_server/fields.h"
 #include "ovik_server/result.h"
 
-class OvikServer;
-
 /// Runs a command: reads its arguments, of which none is missing, and calls the C API.
-using Call = status_t(OvikServer& server, const Fields& in, Result& out);
+using Call = status_t(const Fields& in, Result& out);
 
 /// What runs a command of the table.
 Call* callOf(const Command& command);

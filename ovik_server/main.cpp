@@ -28,8 +28,8 @@ bool start(OvikServer& server)
 int main()
 {
     setvbuf(stdout, nullptr, _IOLBF, 0); // a failure's line is out before its response
-    signal(SIGPIPE, SIG_IGN);            // an output that nobody reads is a failed write
-    setenv("QT_NO_GLIB", "1", false);    // its event loop costs a request more than Qt's own
+    signal(SIGPIPE, SIG_IGN);            // writing to whoever has gone fails, and no more
+    setenv("QT_NO_GLIB", "1", false);    // GLib's event loop costs a request more than Qt's own
 
     OvikServer server;
     if (!start(server)) {

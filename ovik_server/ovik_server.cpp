@@ -62,27 +62,29 @@ void writeFailure(status_t status) { snprintf(resp, sizeof resp, "%d", status); 
 
 void logFailure(const char* name, status_t status)
 {
-    if (status == OVIK_TIMEOUT)
+    if (status == OVIK_TIMEOUT) // of the wait for an outcome; no call has this status
         printf("OVIK_SERVER: %s error timeout\n", name);
     else
         printf("OVIK_SERVER: %s error %d\n", name, status);
 }
 
-void answer(OvikServer& server, const Fields& fields)
+/// True when no request is to be read after this one.
+bool answer(const Fields& fields)
 {
     const Command* const command = findCommand(fields.word().constData());
     if (!command || fields.count() <= command->argumentCount()) {
         writeFailure(OVIK_NOT_RUN);
-        return;
+        return false;
     }
     Result result;
-    const status_t status = callOf(*command)(server, fields, result);
+    const status_t status = callOf(*command)(fields, result);
     if (status == OVIK_OK) {
         writeSuccess(command->shape, result);
     } else {
         logFailure(command->errorName, status);
         writeFailure(status);
     }
+    return result.isLast;
 }
 } // namespace
 
@@ -91,7 +93,8 @@ void logOVIKErrors(char*) {}
 
 bool OvikServer::handleReq(const char* req, int)
 {
-    answer(*this, Fields(QString::fromUtf8(req)));
+    if (answer(Fields(QString::fromUtf8(req))))
+        m_quit = true;
     sendResp(resp, static_cast<int>(strlen(resp)) + 1);
     return true;
 }

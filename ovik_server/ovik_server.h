@@ -8,7 +8,6 @@ class OvikServer : public DomainServer
 public:
     /// True once a client has sent "quit".
     bool isQuit() const { return m_quit; }
-    void quit() { m_quit = true; }
 
     /// Answers with one response; the text of @p req up to its NUL counts, not @p len.
     bool handleReq(const char* req, int len) override;

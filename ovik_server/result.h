@@ -21,4 +21,5 @@ struct Result {
     std::unique_ptr<unsigned char, FreeDeleter> bytes;
     int byteCount = 0;
     QByteArray outcome;
+    bool isLast = false; ///< no request is read after this one
 };

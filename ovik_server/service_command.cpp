@@ -26,7 +26,7 @@ void onCommandResult(const char* service, const char* cmd, const char* json)
     g_commandResultPending.store(false, std::memory_order_release);
 }
 
-status_t serviceCommand(OvikServer&, const Fields& in, Result& out)
+status_t serviceCommand(const Fields& in, Result& out)
 {
     const bool isScan = in.text(1) == "wifi" && in.text(2) == "scan";
     // Before the call, so that an outcome which comes at once is not missed. A failed call or a
@@ -40,10 +40,10 @@ status_t serviceCommand(OvikServer&, const Fields& in, Result& out)
     if (status != OVIK_OK)
         return status;
 
-    for (int sleeps = 0; g_commandResultPending.load(std::memory_order_acquire); ++sleeps) {
-        if (sleeps == maxSleeps)
-            return OVIK_TIMEOUT;
+    for (int sleeps = 0; g_commandResultPending.load(std::memory_order_acquire);) {
         usleep(sleepMicroseconds);
+        if (++sleeps == maxSleeps)
+            return OVIK_TIMEOUT; // on purpose, even if the outcome came during the last sleep
     }
     if (isScan)
         out.outcome = QString(";%1;%2;%3").arg(g_resultService, g_resultCmd, g_resultJson).toUtf8();

@@ -3,11 +3,9 @@
 #include "ovik_server/fields.h"
 #include "ovik_server/result.h"
 
-class OvikServer;
-
 /// "serviceCommand": a Wi-Fi scan waits for its outcome, any other command only for an earlier
 /// scan.
-status_t serviceCommand(OvikServer& server, const Fields& in, Result& out);
+status_t serviceCommand(const Fields& in, Result& out);
 
 /**
  * Receives the outcome of a service command, on the application thread. It is stored only while a

@@ -2,7 +2,6 @@
 // that one publishes for the other, and the outcome of a service command. Made for ThreadSanitizer
 // (see threads.supp); worth little without it.
 
-#include "ovik_server/ovik_server.h"
 #include "ovik_server/service_command.h"
 #include "wrapper_ovik/ovik_c.h"
 
@@ -95,12 +94,11 @@ TEST(Threads, AnOutcomeIsReadWholeWhileOthersPourIn)
     ASSERT_EQ(ovik_init(2), 0);
     {
         const Storm storm(platform);
-        OvikServer server;
         const Fields scan("serviceCommand;wifi;scan;{}");
         int last = -1;
         for (int round = 0; round < 500; ++round) {
             Result result;
-            ASSERT_EQ(serviceCommand(server, scan, result), OVIK_OK);
+            ASSERT_EQ(serviceCommand(scan, result), OVIK_OK);
             ASSERT_EQ(result.value, 4);
             const int number = numberOf(result.outcome);
             ASSERT_GT(number, last) << result.outcome.constData();
