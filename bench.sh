@@ -1,5 +1,5 @@
 #!/bin/bash
-# Measures what the service costs, beside what its user would do instead: ./bench.sh [--quick], which
+# Measures what the service costs, compared with its alternatives: ./bench.sh [--quick], which
 # takes ten to fifteen minutes, or two for figures that only show that all is measured. Installs what
 # is missing on Debian. Leaves tables and plots in build-bench/results; without --quick it puts them
 # into docs/performance.md and docs/plots too. Whether a goal is met is told, and no failure.

@@ -1,7 +1,7 @@
 # The platform's D-Bus interfaces stand as introspection files, one per interface. The product's
 # clients and the simulated panel's adaptors are generated from the same files.
 
-set(OVIK_DBUS_INTERFACE_DIR ${CMAKE_SOURCE_DIR}/dbus_ovik/interfaces)
+set(OVIK_DBUS_INTERFACE_DIR ${PROJECT_SOURCE_DIR}/dbus_ovik/interfaces)
 
 # ovik_dbus_clients(SOURCES_VAR): generates a client class for every interface. It is named
 # ComWenuOVIK + the interface's last name component + Interface, but for these:

@@ -11,7 +11,7 @@ enum class Shape {
     Signed,     ///< "0 -3"; a flag as 0 or 1
     Size,       ///< "0 12345678901"
     Text,       ///< "0 " and a text to the end of the message
-    SystemInfo, ///< "0 name,12,513": module name, hardware code, manufacture code
+    SystemInfo, ///< "0 name,12,513": module name, hardware code, manufacturer code
     Bytes,      ///< "0 01,AB,00"
     Outcome,    ///< "0 -3", for a Wi-Fi scan "0 -3;service;command;result"
 };

@@ -133,7 +133,7 @@ struct Service {
     int apply() { return enabled ? start() : stop(); }
 };
 
-/// The mode of a LED or I/O point: fixed ones follow the module, settable ones the caller.
+/// The mode of an LED or I/O point: fixed ones follow the module, settable ones the caller.
 enum PointMode { Fixed = 1, Settable = 2 };
 
 struct Led {

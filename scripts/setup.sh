@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What run.sh, test.sh and the continuous integration share: messages, packages, the build.
+# What the scripts share: messages, packages, the build.
 
 # On standard error: the output of the programs themselves is all there is on standard output.
 say() { printf '== %s\n' "$*" >&2; }

@@ -180,6 +180,27 @@ TEST_F(SocketServer, AClientThatLeavesIsForgottenInOneStepAndTheNextServedInAnot
     EXPECT_EQ(server.text, "hello");
 }
 
+TEST_F(SocketServer, AReceiveThatFailsIsReportedAndTheClientKept)
+{
+    ASSERT_TRUE(server.start(path.c_str()));
+    {
+        Client leaving(path);
+        leaving.send("hello");
+        ASSERT_TRUE(serve(server));
+    } // with its answer unread, which resets the connection
+    Client next(path);
+    next.send("next");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(server.process());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "OVIK_SERVER: read: Connection reset by peer\n");
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(server.process()) << "the end of the connection";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(server.process());
+    EXPECT_EQ(server.text, "next");
+}
+
 TEST_F(SocketServer, ASecondClientWaitsUntilTheFirstHasGone)
 {
     ASSERT_TRUE(server.start(path.c_str()));

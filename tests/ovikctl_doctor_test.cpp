@@ -136,17 +136,22 @@ TEST(OvikctlDoctor, FindsWhoDoesNotSpeakTheProtocol)
 
 TEST(OvikctlDoctor, FindsAServiceThatEndsMeanwhile)
 {
-    ScriptedPeer peer([](ScriptedPeer& self) {
-        self.accept();
-        self.receive();
-        self.answer("-8");
-        self.receive();
-        self.disconnect();
-    });
-    const Ran result = doctor(peer.path());
-    EXPECT_EQ(result.status, 8);
-    ASSERT_EQ(badLines(result).size(), 1u);
-    EXPECT_EQ(badLines(result).front().substr(0, 27), "service: it ended meanwhile");
+    for (const int answers : {0, 1}) {
+        SCOPED_TRACE(answers);
+        ScriptedPeer peer([&](ScriptedPeer& self) {
+            self.accept();
+            for (int i = 0; i < answers; ++i) {
+                self.receive();
+                self.answer("-8");
+            }
+            self.receive();
+            self.disconnect();
+        });
+        const Ran result = doctor(peer.path());
+        EXPECT_EQ(result.status, 8);
+        ASSERT_EQ(badLines(result).size(), 1u);
+        EXPECT_EQ(badLines(result).front().substr(0, 27), "service: it ended meanwhile");
+    }
 }
 
 // --- With the real service -----------------------------------------------------------------------

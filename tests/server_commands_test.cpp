@@ -2,14 +2,15 @@
 // answers and what it logs. Requests that no good client makes are in fault_message_test.cpp.
 
 #include "tests/support/commands.h"
+#include "tests/support/footprint.h"
 #include "tests/support/private_bus.h"
 #include "tests/support/server.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <iterator>
+#include <map>
 
 namespace
 {
@@ -17,7 +18,6 @@ using Row = CommandRow;
 
 const std::vector<Row>& rows = commandRows();
 const std::string eeprom = "/I2CSEEPROM com.wenu.OVIK.I2CSEEPROM.";
-const std::string buzzer = "/Buzzer com.wenu.OVIK.Buzzer.";
 
 /// One server with a whole panel behind it, for all the tests of this file.
 struct Panel {
@@ -233,26 +233,15 @@ TEST_F(Commands, AnEepromReadThatCannotBeServedAnswersMinusThreeWithoutACall)
     EXPECT_TRUE(platform.takeCalls().empty());
 }
 
-long peakMemoryKb(pid_t pid)
-{
-    std::ifstream file("/proc/" + std::to_string(pid) + "/status");
-    std::string word;
-    long kb = 0;
-    while (file >> word && word != "VmHWM:") {
-    }
-    file >> kb;
-    return kb;
-}
-
 TEST_F(Commands, NoLengthMakesTheServerTouchMoreMemoryThanItsAnswerNeeds)
 {
     platform.answer("I2CSEEPROM.read", replyResultAndBytes(0, "x"));
     request("seepromRead;0;1");
-    const long before = peakMemoryKb(panel->server.process().pid());
-    ASSERT_GT(before, 0);
+    const pid_t pid = panel->server.process().pid();
+    const long before = statusField(pid, "VmHWM");
     for (const char* length : {"65535", "65536", "1000000000", "2147483647", "-1"})
         request(std::string("seepromRead;0;") + length);
-    EXPECT_LT(peakMemoryKb(panel->server.process().pid()), before + 1024);
+    EXPECT_LT(statusField(pid, "VmHWM"), before + 1024);
 }
 
 TEST_F(Commands, AnEepromAnswerIsCutToTheWholeBytesThatFit)

@@ -1,6 +1,7 @@
 // The program from its start to its end, with and without a platform.
 
 #include "tests/support/fake_platform.h"
+#include "tests/support/footprint.h"
 #include "tests/support/private_bus.h"
 #include "tests/support/server.h"
 
@@ -8,8 +9,8 @@
 
 #include <algorithm>
 #include <fcntl.h>
-#include <fstream>
 #include <numeric>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,6 +30,7 @@ std::string quit() { return Client(serverSocket).request("quit"); }
 struct FailingRun {
     ServerLock lock;
     std::string output;
+    std::string errors;
     int status = -1;
 
     void run()
@@ -36,6 +38,7 @@ struct FailingRun {
         Process server(commandOf(OVIK_SERVER_PATH));
         status = server.wait();
         output = server.output();
+        errors = server.errors();
     }
 };
 
@@ -104,6 +107,25 @@ TEST(Lifecycle, APathThatCannotBeFreedEndsTheProgram)
     EXPECT_EQ(program.output, "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
                               "unlink returned -1\n"
                               "ovik_server start failed\n");
+    EXPECT_EQ(program.errors, "OVIK_SERVER: bind: Address already in use\n"
+                              "OVIK_SERVER: bind: Address already in use\n");
+}
+
+TEST(Lifecycle, WithoutAThreadForTheApplicationItServesOnAndEndsWithAFailure)
+{
+    rlimit stack;
+    getrlimit(RLIMIT_STACK, &stack);
+    if (sizeof(void*) < 8 || (stack.rlim_max != RLIM_INFINITY && geteuid() != 0))
+        GTEST_SKIP() << "no stack can be asked for here that is too large for a thread";
+    PrivateBus bus;
+    Server server({"prlimit", "--stack=" + std::to_string(1LL << 50)});
+    EXPECT_EQ(Client(serverSocket).request("getBrightness"), "-3");
+    EXPECT_EQ(quit(), "0");
+    EXPECT_EQ(server.process().wait(), 1);
+    EXPECT_EQ(server.process().output(), "OVIK_SERVER: getBrightness error -3\n"
+                                         "---- ovik_shutdown ----\n"
+                                         "ovik_shutdown failed with -5\n");
+    EXPECT_FALSE(socketFileExists());
 }
 
 TEST(Lifecycle, TheProgramServesOnWhenItsOutputIsClosed)
@@ -278,15 +300,8 @@ TEST(Times, WithoutAClientTheLoopWakesEveryTenMilliseconds)
 {
     PrivateBus bus;
     Server server;
-    const std::string path = "/proc/" + std::to_string(server.process().pid()) + "/status";
     const auto wakeups = [&] {
-        std::ifstream file(path);
-        std::string word;
-        long count = 0;
-        while (file >> word && word != "voluntary_ctxt_switches:") {
-        }
-        file >> count;
-        return count;
+        return statusField(server.process().pid(), "voluntary_ctxt_switches");
     };
     const long before = wakeups();
     const auto start = Clock::now();

@@ -54,6 +54,7 @@ private:
     int m_result = allDone;
 };
 
+constexpr const char* endedMeanwhile = "it ended meanwhile";
 constexpr const char* start = "start the service: systemctl start ovik_server";
 
 bool socketIsThere(const std::string& path, Findings& findings)
@@ -76,7 +77,7 @@ bool socketIsThere(const std::string& path, Findings& findings)
     return true;
 }
 
-/// Null when nobody serves there.
+/// Empty when nobody serves there.
 std::optional<Connection> connect(const std::string& path, const Deadline& deadline,
                                   Findings& findings)
 {
@@ -120,6 +121,10 @@ bool serviceAnswers(Connection& connection, const Deadline& deadline, Findings& 
                          "no answer: it serves another client, one at a time, or waits for the "
                          "platform",
                          "end the other client, or ask again when it is done");
+            return false;
+        }
+        if (failure.error != OVIK_CLIENT_BAD_ANSWER) {
+            findings.bad(failure.code, "service", endedMeanwhile, failure.what());
             return false;
         }
     }
@@ -166,7 +171,7 @@ void examinePlatform(Connection& connection, Milliseconds bound, Findings& findi
                          std::string("it does not answer what is asked of its ") + asked.name,
                          "restart the platform's service; the service waits 25 s for each answer");
         else
-            findings.bad(failure.code, "service", "it ended meanwhile", failure.what());
+            findings.bad(failure.code, "service", endedMeanwhile, failure.what());
         return;
     }
     if (std::all_of(statuses.begin(), statuses.end(), isMissing)) {

@@ -60,7 +60,7 @@ ExitCode exitCodeOf(ovik_client_error error)
 Failure failureOf(ovik_client_error error, const std::string& path)
 {
     const int systemError = errno;
-    return {exitCodeOf(error), reasonOf(error, path), systemError};
+    return {exitCodeOf(error), reasonOf(error, path), error, systemError};
 }
 
 const char* cureOf(status_t status)

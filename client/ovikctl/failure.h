@@ -17,12 +17,14 @@ enum ExitCode {
 
 /// Why a verb cannot go on, in words that end with what cures it.
 struct Failure : std::runtime_error {
-    Failure(ExitCode exitCode, const std::string& text, int errorNumber = 0)
-        : std::runtime_error(text), code(exitCode), systemError(errorNumber)
+    Failure(ExitCode exitCode, const std::string& text,
+            ovik_client_error clientError = OVIK_CLIENT_OK, int errorNumber = 0)
+        : std::runtime_error(text), code(exitCode), error(clientError), systemError(errorNumber)
     {
     }
     ExitCode code;
-    int systemError; ///< errno, where the client library tells it
+    ovik_client_error error; ///< if it is one of the client library's
+    int systemError;         ///< errno, where the client library tells it
 };
 
 /// An error of the client library with the socket at @p path; reads errno.

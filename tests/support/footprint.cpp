@@ -32,6 +32,8 @@ std::set<std::string> clientSockets()
     return inodes;
 }
 
+} // namespace
+
 long statusField(pid_t pid, const std::string& name)
 {
     std::ifstream status("/proc/" + std::to_string(pid) + "/status");
@@ -41,7 +43,6 @@ long statusField(pid_t pid, const std::string& name)
     }
     throw std::runtime_error("no " + name + " of process " + std::to_string(pid));
 }
-} // namespace
 
 Footprint footprintOf(pid_t pid)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ostream>
+#include <string>
 #include <sys/types.h>
 
 /// What a running process holds.
@@ -14,6 +15,9 @@ struct Footprint {
     /// Memory of its own, in KiB.
     long memory = 0;
 };
+
+/// A number of /proc/PID/status, such as that of "VmHWM". Throws when it is not there.
+long statusField(pid_t pid, const std::string& name);
 
 /// Throws when there is no such process.
 Footprint footprintOf(pid_t pid);

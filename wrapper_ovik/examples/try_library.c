@@ -50,7 +50,7 @@ int main(void)
     if (answered("Backlight", ovik_getBrightness(&value)))
         printf("brightness %d\n", value);
     if (answered("SystemInfo", ovik_getSystemInfo(text, 5, &hwCode, &manufactureCode)))
-        printf("%.5s, hardware code %d, manufacture code %d\n", text, hwCode, manufactureCode);
+        printf("%.5s, hardware code %d, manufacturer code %d\n", text, hwCode, manufactureCode);
     if (answered("I2CSEEPROM", ovik_seepromRead(0, 1, &byte)))
         printf("first byte %02X\n", byte);
     if (answered("OVIK", ovik_getSysCounter(&value)))
