@@ -151,27 +151,6 @@ TEST_F(Application, NoBackendClearsAllButTheModules)
     EXPECT_EQ(app.getHWPluginLedMode(0, 0).value, 1);
 }
 
-TEST_F(Application, EverySlotOfAFacilityAnswersMinusOneWithoutABackend)
-{
-    EXPECT_EQ(app.setBuzzerMode(1).status, -1);
-    EXPECT_EQ(app.setBuzzerUserControl(1).status, -1);
-    EXPECT_EQ(app.setBuzzerOnTime(1).status, -1);
-    EXPECT_EQ(app.setBuzzerOffTime(1).status, -1);
-    EXPECT_EQ(app.getBrightness().status, -1);
-    EXPECT_EQ(app.saveBrightness(1).status, -1);
-    EXPECT_EQ(app.getSystemInfo().status, -1);
-    EXPECT_EQ(app.seepromRead(0, 1).status, -1);
-    EXPECT_EQ(app.seepromReadSlave(0, 0, 1).status, -1);
-    EXPECT_EQ(app.getVolatileParameter("k").status, -1);
-    EXPECT_EQ(app.getVolatileParameter("k").value, "");
-    EXPECT_EQ(app.mainOsVersion().status, -1);
-    EXPECT_EQ(app.getStorageInfoJson("n").status, -1);
-    EXPECT_EQ(app.getAvailableMemory().status, -1);
-    EXPECT_EQ(app.getNetworkConfigJson().status, -1);
-    EXPECT_EQ(app.serviceEnabled("s").status, -1);
-    EXPECT_EQ(app.serviceCommand("s", "c", "o", nullptr).status, -1);
-}
-
 TEST_F(Application, ModeThreeAdoptsTheBusBackendAsItStands)
 {
     // Nothing has initialised it, so there is nothing to adopt.
