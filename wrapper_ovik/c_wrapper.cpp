@@ -29,12 +29,12 @@ void* qMain(void* arg)
 
     const auto mode = static_cast<int>(reinterpret_cast<intptr_t>(arg));
     switch (mode) {
-    case 4:
-        app.setMode(1);
+    case OVIK_MODE_LOCAL_THEN_DBUS:
+        app.setMode(OVIK_MODE_LOCAL);
         QTimer::singleShot(10000, &app, SLOT(checkDbus()));
         break;
-    case 6:
-        app.setMode(0);
+    case OVIK_MODE_NONE_THEN_DBUS:
+        app.setMode(OVIK_MODE_NONE);
         QTimer::singleShot(1, &app, SLOT(checkDbus()));
         break;
     default:
@@ -186,7 +186,7 @@ status_t ovik_shutdown()
         return OVIK_NOT_STARTED;
     if (onApplicationThread())
         return OVIK_NOT_RUN;
-    ovik_setMode(0); // no proxy is in use any more when the loop stops
+    ovik_setMode(OVIK_MODE_NONE); // no proxy is in use any more when the loop stops
     QMetaObject::invokeMethod(application(), "quit", Qt::BlockingQueuedConnection);
     ovikApp.store(nullptr, std::memory_order_release);
     pthread_join(qMainId, nullptr);

@@ -42,15 +42,29 @@ extern "C" {
 
 /* --- Start, mode and stop --- */
 
+/** Which backend serves; an int to the functions that take it. */
+enum ovik_mode {
+    /** None: all but the plug-in functions answer OVIK_NO_PLATFORM. */
+    OVIK_MODE_NONE = 0,
+    /** In-process. It has no services and no plug-in modules: those of D-Bus stay if in use. */
+    OVIK_MODE_LOCAL = 1,
+    /** D-Bus. */
+    OVIK_MODE_DBUS = 2,
+    /** D-Bus as it stands, not initialised: with nothing behind it if it never was. */
+    OVIK_MODE_DBUS_AS_IT_IS = 3,
+    /** For ovik_init() only: in-process; from about 10 s on D-Bus, as soon as it comes up. */
+    OVIK_MODE_LOCAL_THEN_DBUS = 4,
+    /** D-Bus, or none if that fails. */
+    OVIK_MODE_DBUS_OR_NONE = 5,
+    /** For ovik_init() only: none; D-Bus as soon as it comes up. */
+    OVIK_MODE_NONE_THEN_DBUS = 6
+};
+
 /**
  * Starts the application thread; returns when it is ready or after about 10 s.
  *
- * @param mode 0 no backend; 1 in-process backend; 2 or 5 D-Bus backend; 3 D-Bus backend as it
- *             stands, which is without anything behind it; 4 in-process backend at first, and from
- *             about 10 s on the D-Bus backend as soon as it comes up; 6 no backend at first, and
- *             the D-Bus backend as soon as it comes up. 4 and 6 try every second, without limit. A
- *             backend that fails to initialise, or any other mode, leaves no backend in use and
- *             does not make this fail.
+ * @param mode an ovik_mode. A backend that fails to initialise, or any other mode, leaves no
+ *             backend in use and does not make this fail.
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
  *         OVIK_NO_APPLICATION (-3) when the application did not appear in time. It may still appear
  *         later: call again to go on waiting for it.
@@ -60,11 +74,7 @@ status_t ovik_init(int mode);
 /**
  * Switches the backend; the one used before stays up.
  *
- * @param mode 0 no backend: all but the plug-in functions answer OVIK_NO_PLATFORM; 1 in-process
- *             backend: it has no services and no plug-in modules, for which the D-Bus backend stays
- *             in use if it was; 2 D-Bus backend; 3 D-Bus backend as it stands, without initialising
- *             it: with nothing behind it if it never was, and it is then not tried again; 5 D-Bus
- *             backend, or none if that fails.
+ * @param mode an ovik_mode, but none for ovik_init() only
  * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised; OVIK_BACKEND_FAILED (-6) or
  *         OVIK_ILLEGAL_MODE (-7), both with nothing changed; OVIK_NOT_RUN (-8).
  */
