@@ -85,7 +85,7 @@ void OvikApplication::useNone()
     m_sysStat = nullptr;
     m_networkManager = nullptr;
     m_serviceManager = nullptr;
-    // The plug-in modules stay in use on purpose.
+    // The plug-in modules stay: they are in their slots still, and an empty list would deny that.
     m_mode = OVIK_MODE_NONE;
 }
 
