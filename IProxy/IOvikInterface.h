@@ -6,7 +6,10 @@ class IBacklightProxy;
 class IBuzzerProxy;
 class ISystemInfoProxy;
 
-/// A backend: one way to reach the panel's platform. It owns the proxies that it hands out.
+/**
+ * A backend: one way to reach the panel's platform. It owns the proxies that it hands out; what
+ * their statuses and outputs mean is in ovik_status.h.
+ */
 class IOvikInterface : public QObject
 {
     Q_OBJECT

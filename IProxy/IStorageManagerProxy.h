@@ -1,11 +1,10 @@
 #pragma once
 
+#include "IProxy/OVIKPlatformRecords.h"
 #include "IProxy/ovik_status.h"
 
 #include <QObject>
 #include <QString>
-
-#include "IProxy/OVIKPlatformRecords.h"
 
 /// Storage devices by name, as a record or as the platform's JSON document.
 class IStorageManagerProxy : public QObject

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "IProxy/OVIKPlatformRecords.h"
 #include "IProxy/ovik_status.h"
 
 #include <QObject>
 
-#include "IProxy/OVIKPlatformRecords.h"
-
-/// The panel's identity. What the statuses and outputs of every proxy mean: see ovik_status.h.
+/// The panel's identity.
 class ISystemInfoProxy : public QObject
 {
     Q_OBJECT

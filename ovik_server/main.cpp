@@ -11,8 +11,6 @@ namespace
 {
 constexpr const char* socketPath = "/tmp/ovik_server.socket";
 constexpr useconds_t idleSleepMicroseconds = 10000;
-/// No backend at first; the D-Bus backend as soon as the platform's service can be reached.
-constexpr int startMode = 6;
 
 /// A run that was killed leaves its socket file behind: it is removed, once.
 bool start(OvikServer& server)
@@ -37,7 +35,7 @@ int main()
         return EXIT_FAILURE;
     }
     // A bridge that failed to start leaves every call with a status of its own, so this serves on.
-    ovik_init(startMode);
+    ovik_init(OVIK_MODE_NONE_THEN_DBUS);
 
     while (!server.isQuit()) {
         if (!server.process())

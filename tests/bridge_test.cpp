@@ -7,12 +7,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <functional>
+#include <iterator>
+#include <map>
 #include <pthread.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -220,6 +226,39 @@ TEST_F(Bridge, AnObjectWhoseThreadHasEndedIsNotWaitedFor)
     }
 }
 
+struct StartMode {
+    int mode;
+    bool platformThere;
+    status_t status; ///< what the buzzer answers
+    int buzzer;      ///< 0 in the library, 2 on the bus
+    int modeAfter;
+};
+
+const StartMode startModes[] = {
+    {0, true, -1, 0, 0}, {1, true, 0, 0, 1},   {2, true, 0, 2, 2},   {3, true, -1, 0, 2},
+    {5, true, 0, 2, 2},  {2, false, -1, 0, 0}, {5, false, -1, 0, 0},
+};
+
+TEST_F(Bridge, AnyStartModeButTheDelayedOnesIsASwitchToIt)
+{
+    for (const StartMode& row : startModes) {
+        const std::string mode = std::to_string(row.mode);
+        FakePlatform platform(FakePlatform::wholePanel(), row.platformThere);
+        platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
+        takeDiagnostics();
+        ASSERT_EQ(ovik_init(row.mode), 0) << mode;
+        int buzzer = 0;
+        EXPECT_EQ(ovik_getBuzzerMode(&buzzer), row.status) << mode;
+        EXPECT_EQ(buzzer, row.buzzer) << mode;
+        ASSERT_EQ(ovik_shutdown(), 0) << mode;
+        const auto texts = takeDiagnostics();
+        ASSERT_FALSE(texts.empty()) << mode;
+        EXPECT_EQ(texts.front(), "OVIK set mode from 0 to " + mode);
+        EXPECT_EQ(texts.back(), "OVIK set mode from " + std::to_string(row.modeAfter) + " to 0")
+            << mode;
+    }
+}
+
 TEST_F(Bridge, AnUnknownStartModeLeavesNoBackend)
 {
     testing::internal::CaptureStdout();
@@ -307,6 +346,19 @@ protected:
     FakePlatform platform;
 };
 
+status_t getVolatile(char* out, int length) { return ovik_getVolatileParameter("k", out, length); }
+status_t getSystem(char* out, int length) { return ovik_getSystemParameter("k", out, length); }
+status_t getStorage(char* out, int length) { return ovik_getStorageInfoJson("n", out, length); }
+
+const std::map<std::string, status_t (*)(char*, int)> textGetters = {
+    {"OVIK.getAllVolatileParametersJSON", ovik_getAllVolatileParametersJson},
+    {"OVIK.getAllSystemParametersJSON", ovik_getAllSystemParametersJson},
+    {"NetworkManager.getConfigJSON", ovik_getNetworkConfigJson},
+    {"OVIK.getVolatileParameter", getVolatile},
+    {"OVIK.getSystemParameter", getSystem},
+    {"StorageMgr.getStorageInfoJSON", getStorage},
+};
+
 TEST_F(Answered, ATextThatFillsTheBufferIsNotTerminated)
 {
     for (const size_t size : {0u, 3u, 9u, 10u, 11u, 500u}) {
@@ -314,18 +366,7 @@ TEST_F(Answered, ATextThatFillsTheBufferIsNotTerminated)
         std::string expected = text.substr(0, 10);
         expected.resize(10, '\0'); // a shorter one is followed by NUL bytes
         expected += "guard";
-        using Get = status_t (*)(char*, int);
-        for (const auto& [member, get] : std::map<std::string, Get>{
-                 {"OVIK.getAllVolatileParametersJSON", ovik_getAllVolatileParametersJson},
-                 {"OVIK.getAllSystemParametersJSON", ovik_getAllSystemParametersJson},
-                 {"NetworkManager.getConfigJSON", ovik_getNetworkConfigJson},
-                 {"OVIK.getVolatileParameter",
-                  [](char*out, int length) { return ovik_getVolatileParameter("k", out, length); }},
-                 {"OVIK.getSystemParameter",
-                  [](char*out, int length) { return ovik_getSystemParameter("k", out, length); }},
-                 {"StorageMgr.getStorageInfoJSON", [](char*out, int length) {
-                      return ovik_getStorageInfoJson("n", out, length);
-                  }}}) {
+        for (const auto& [member, get] : textGetters) {
             platform.answer(member, replyText(text));
             std::string buffer = "0123456789guard";
             EXPECT_EQ(get(buffer.data(), 10), 0);

@@ -29,12 +29,12 @@ void* qMain(void* arg)
 
     const auto mode = static_cast<int>(reinterpret_cast<intptr_t>(arg));
     switch (mode) {
-    case 4:
-        app.setMode(1);
+    case OVIK_MODE_LOCAL_THEN_DBUS:
+        app.setMode(OVIK_MODE_LOCAL);
         QTimer::singleShot(10000, &app, SLOT(checkDbus()));
         break;
-    case 6:
-        app.setMode(0);
+    case OVIK_MODE_NONE_THEN_DBUS:
+        app.setMode(OVIK_MODE_NONE);
         QTimer::singleShot(1, &app, SLOT(checkDbus()));
         break;
     default:
@@ -48,8 +48,14 @@ void* qMain(void* arg)
 
 OvikApplication* application() { return ovikApp.load(std::memory_order_acquire); }
 
-/// A queued call from here that blocks would wait for itself for ever.
-bool onApplicationThread() { return pthread_equal(pthread_self(), qMainId) != 0; }
+/// OVIK_OK when the application can be asked from here, else why not: @p absent without one.
+status_t refusal(status_t absent)
+{
+    if (!application())
+        return absent;
+    // From its own thread, a queued call that blocks would wait for itself for ever.
+    return pthread_equal(pthread_self(), qMainId) ? OVIK_NOT_RUN : OVIK_OK;
+}
 
 template <class T>
 const char* typeName()
@@ -59,9 +65,9 @@ const char* typeName()
 
 /// Runs a slot, named by its string, on the application thread and waits for its result.
 template <class Result, class... Args>
-void invoke(OvikApplication* app, const char* slot, Result& result, const Args&... args)
+void invoke(const char* slot, Result& result, const Args&... args)
 {
-    QMetaObject::invokeMethod(app, slot, Qt::BlockingQueuedConnection,
+    QMetaObject::invokeMethod(application(), slot, Qt::BlockingQueuedConnection,
                               QReturnArgument<Result>(typeName<Result>(), result),
                               QArgument<Args>(typeName<Args>(), args)...);
 }
@@ -70,12 +76,10 @@ void invoke(OvikApplication* app, const char* slot, Result& result, const Args&.
 template <class Resp, class... Args>
 Resp request(const char* slot, const Args&... args)
 {
-    OvikApplication* const app = application();
-    if (!app)
-        return {OVIK_NO_APPLICATION, {}};
+    if (const status_t refused = refusal(OVIK_NO_APPLICATION))
+        return {refused, {}};
     Resp resp = {OVIK_NOT_RUN, {}};
-    if (!onApplicationThread())
-        invoke(app, slot, resp, args...);
+    invoke(slot, resp, args...);
     return resp;
 }
 
@@ -90,20 +94,21 @@ status_t valueFunc(const char* slot, Value* out, const Args&... args)
 }
 
 /// What a caller's length says of its buffer: a negative one, that it has none.
-size_t size(int length) { return static_cast<size_t>(std::max(length, 0)); }
+size_t bufferSize(int length) { return static_cast<size_t>(std::max(length, 0)); }
+
+/// Writes the whole @p buffer: as much of @p bytes as it takes, then zero bytes.
+void fill(void* buffer, size_t size, const char* bytes, size_t available)
+{
+    const size_t copied = std::min(size, available);
+    memcpy(buffer, bytes, copied);
+    memset(static_cast<char*>(buffer) + copied, 0, size - copied);
+}
 
 /// As strncpy(), but the bytes need not have a NUL: those of a platform library may have none.
 void copyText(char* buffer, int length, const QByteArray& bytes)
 {
-    const size_t copied =
-        std::min(size(length), strnlen(bytes.constData(), static_cast<size_t>(bytes.size())));
-    memcpy(buffer, bytes.constData(), copied);
-    memset(buffer + copied, 0, size(length) - copied);
-}
-
-int atMostIntMax(unsigned int count)
-{
-    return static_cast<int>(std::min(count, static_cast<unsigned int>(INT_MAX)));
+    fill(buffer, bufferSize(length), bytes.constData(),
+         strnlen(bytes.constData(), static_cast<size_t>(bytes.size())));
 }
 
 QByteArray utf8(const QByteArray& bytes) { return bytes; }
@@ -124,11 +129,8 @@ template <class... Args>
 status_t bytesFunc(const char* slot, unsigned char* out, size_t count, const Args&... args)
 {
     const auto resp = request<StatusByteArrayResp>(slot, args...);
-    if (resp.status == OVIK_OK) {
-        const size_t sent = std::min(count, static_cast<size_t>(resp.value.size()));
-        memcpy(out, resp.value.constData(), sent);
-        memset(out + sent, 0, count - sent);
-    }
+    if (resp.status == OVIK_OK)
+        fill(out, count, resp.value.constData(), static_cast<size_t>(resp.value.size()));
     return resp.status;
 }
 
@@ -138,6 +140,8 @@ status_t intFunc(const char* slot, int* value, const Args&... args)
     return valueFunc<StatusIntResp>(slot, value, args...);
 }
 
+// The commonest forms, as plain functions: called with other arguments they do not compile, where
+// the templates would look for a slot that is not there.
 status_t noParamFunc(const char* method, int* value) { return intFunc(method, value); }
 
 status_t oneIntFunc(const char* method, int arg, int* value) { return intFunc(method, value, arg); }
@@ -170,23 +174,18 @@ status_t ovik_init(int mode)
 
 status_t ovik_setMode(int mode)
 {
-    OvikApplication* const app = application();
-    if (!app)
-        return OVIK_NOT_STARTED;
-    if (onApplicationThread())
-        return OVIK_NOT_RUN;
+    if (const status_t refused = refusal(OVIK_NOT_STARTED))
+        return refused;
     int result = 0;
-    invoke(app, "setMode", result, mode);
+    invoke("setMode", result, mode);
     return result;
 }
 
 status_t ovik_shutdown()
 {
-    if (!application())
-        return OVIK_NOT_STARTED;
-    if (onApplicationThread())
-        return OVIK_NOT_RUN;
-    ovik_setMode(0); // no proxy is in use any more when the loop stops
+    // No proxy is in use any more when the loop stops.
+    if (const status_t refused = ovik_setMode(OVIK_MODE_NONE))
+        return refused;
     QMetaObject::invokeMethod(application(), "quit", Qt::BlockingQueuedConnection);
     ovikApp.store(nullptr, std::memory_order_release);
     pthread_join(qMainId, nullptr);
@@ -197,9 +196,8 @@ status_t ovik_shutdown()
 int ovik_doSomething()
 {
     int result = 0;
-    OvikApplication* const app = application();
-    if (app && !onApplicationThread())
-        invoke(app, "doSomething", result);
+    if (refusal(OVIK_NOT_STARTED) == OVIK_OK)
+        invoke("doSomething", result);
     return result;
 }
 
@@ -298,12 +296,12 @@ status_t ovik_setInterfaceConfigJson(const char* interface, const char* config, 
 
 status_t ovik_seepromRead(int offset, int len, unsigned char* pData)
 {
-    return bytesFunc("seepromRead", pData, size(len), offset, len);
+    return bytesFunc("seepromRead", pData, bufferSize(len), offset, len);
 }
 
 status_t ovik_seepromReadSlave(int slaveAddr, int offset, int len, unsigned char* pData)
 {
-    return bytesFunc("seepromReadSlave", pData, size(len), slaveAddr, offset, len);
+    return bytesFunc("seepromReadSlave", pData, bufferSize(len), slaveAddr, offset, len);
 }
 
 status_t ovik_getHWPluginIO(unsigned int slot, unsigned int index, unsigned char* input,
@@ -325,8 +323,9 @@ status_t ovik_getHWPluginLedMode(unsigned int slot, unsigned int index, int* mod
 status_t ovik_setHWPluginIO(unsigned int slot, unsigned int index, unsigned char* output,
                             unsigned int count, int* pResp)
 {
+    const auto size = static_cast<int>(std::min<unsigned int>(count, INT_MAX));
     return intFunc("setHWPluginIO", pResp, slot, index,
-                   QByteArray(reinterpret_cast<const char*>(output), atMostIntMax(count)));
+                   QByteArray(reinterpret_cast<const char*>(output), size));
 }
 
 status_t ovik_setHWPluginLedUserControl(unsigned int slot, unsigned int index, int control,

@@ -10,6 +10,10 @@
  *   one and the same thread, with no request under way.
  * - Threads: any thread may call, except the application thread itself (a result callback runs
  *   there): such a call would wait for itself and is refused with OVIK_NOT_RUN (-8).
+ * - Time: calls are served one after the other. With the D-Bus backend, a request that the platform
+ *   does not answer takes 25 s. Initialising that backend asks whether the platform's objects are
+ *   there, 1 s at most for each of up to 22; a bus that is itself mute can hold it for longer. The
+ *   in-process backend takes as long as its library does.
  * - Result: OVIK_OK (0), or
  *     OVIK_NO_PLATFORM (-1)     no backend is in use, or it lacks the facility;
  *     OVIK_NO_APPLICATION (-3)  not initialised;
@@ -19,14 +23,14 @@
  *   The plug-in functions have statuses of their own, see there.
  * - Outputs are written on OVIK_OK only, and must not be null. An output named pResp that is an int
  *   is the platform's own answer: the value asked for, or the platform's result code of an action,
- *   which is commonly 0 for done.
+ *   which is commonly 0 for done. A D-Bus reply of an unexpected type counts as 0, false or empty.
  * - Texts passed in are NUL-terminated UTF-8; null counts as empty.
  * - Texts handed out are copied as strncpy() does with the caller's size in bytes: a shorter text
- * is followed by NUL bytes up to the end, a text of that many bytes or more is cut and NOT
+ *   is followed by NUL bytes up to the end, a text of that many bytes or more is cut and NOT
  *   terminated. A caller that needs a C string terminates the buffer itself. A negative size counts
  *   as 0.
- * - Modes, controls, levels, times, counters and result codes have the platform's meaning and
- * units. Nothing is range-checked on the way.
+ * - Modes, controls, levels, times, counters, the size of memory and result codes have the
+ *   platform's meaning and units. Nothing is range-checked on the way.
  */
 #ifndef OVIK_C_H
 #define OVIK_C_H
@@ -43,28 +47,48 @@ extern "C" {
 /* --- Start, mode and stop --- */
 
 /**
+ * Which backend serves; an int to the functions that take it.
+ *
+ * The two for ovik_init() only try D-Bus every second, without limit, until it is in use: after
+ * ovik_setMode() with OVIK_MODE_NONE or OVIK_MODE_LOCAL it still takes over. With
+ * OVIK_MODE_DBUS_AS_IT_IS the tries end, whatever is behind it.
+ */
+enum ovik_mode {
+    /** None: all but the plug-in functions answer OVIK_NO_PLATFORM. */
+    OVIK_MODE_NONE = 0,
+    /** In-process. It has no services and no plug-in modules: those of D-Bus stay if in use. */
+    OVIK_MODE_LOCAL = 1,
+    /** D-Bus. */
+    OVIK_MODE_DBUS = 2,
+    /** D-Bus as it stands, not initialised: with nothing behind it if it never was. */
+    OVIK_MODE_DBUS_AS_IT_IS = 3,
+    /** For ovik_init() only: in-process; from about 10 s on D-Bus, as soon as it comes up. */
+    OVIK_MODE_LOCAL_THEN_DBUS = 4,
+    /** D-Bus, or none if that fails. */
+    OVIK_MODE_DBUS_OR_NONE = 5,
+    /** For ovik_init() only: none; D-Bus as soon as it comes up. */
+    OVIK_MODE_NONE_THEN_DBUS = 6
+};
+
+/**
  * Starts the application thread; returns when it is ready or after about 10 s.
  *
- * @param mode 0 no backend; 1 in-process backend; 2 or 5 D-Bus backend; 3 D-Bus backend as it
- *             stands, which is without anything behind it; 4 in-process backend at first, and from
- *             about 10 s on the D-Bus backend as soon as it comes up; 6 no backend at first, and
- *             the D-Bus backend as soon as it comes up. 4 and 6 try every second, without limit. A
- *             backend that fails to initialise, or any other mode, leaves no backend in use and
- *             does not make this fail.
+ * @param mode an ovik_mode. A backend that fails to initialise, or any other mode, leaves no
+ *             backend in use and does not make this fail. Ignored when already initialised or
+ *             waiting again.
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
- *         OVIK_NO_APPLICATION (-3) when the application did not appear in time. It may still appear
- *         later: call again to go on waiting for it.
+ *         OVIK_NO_APPLICATION (-3) when the application did not appear in time, as with a D-Bus
+ *         platform that does not answer. It may still appear later: call again to go on waiting.
  */
 status_t ovik_init(int mode);
 
 /**
  * Switches the backend; the one used before stays up.
  *
- * @param mode 0 no backend: all but the plug-in functions answer OVIK_NO_PLATFORM; 1 in-process
- *             backend: it has no services and no plug-in modules, for which the D-Bus backend stays
- *             in use if it was; 2 D-Bus backend; 3 D-Bus backend as it stands, without initialising
- *             it: with nothing behind it if it never was, and it is then not tried again; 5 D-Bus
- *             backend, or none if that fails.
+ * A backend that lacks a facility is initialised anew each time. With D-Bus, the list of plug-in
+ * modules then grows by those found again, and the callback of ovik_serviceCommand() is lost.
+ *
+ * @param mode an ovik_mode, but none for ovik_init() only
  * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised; OVIK_BACKEND_FAILED (-6) or
  *         OVIK_ILLEGAL_MODE (-7), both with nothing changed; OVIK_NOT_RUN (-8).
  */
@@ -107,7 +131,8 @@ status_t ovik_saveBrightness(int value, int* pResp);
 /* --- System information, counters, memory, storage --- */
 
 /**
- * The panel's identity.
+ * Reads the panel's identity. In-process backend: an empty name and zeros when the library does not
+ * serve its object from a running thread of its own.
  *
  * @param moduleName      gets the module name, at most 5 bytes and at most @p maxLen
  * @param maxLen          size of @p moduleName in bytes
@@ -125,14 +150,14 @@ status_t ovik_getAvailableMemory(uint64_t* pSize);
 /**
  * Reads the version of the main operating system, up to its first NUL.
  *
- * @param maxLen size of @p version in bytes; the platform's text has at most 20.
+ * @param maxLen size of @p version in bytes; the platform's text has commonly at most 20
  */
 status_t ovik_mainOsVersion(char* version, int maxLen);
 /**
  * Reads the JSON document about a storage device, as Latin-1.
  *
- * @param name   the platform's name of the device; the in-process backend ignores it and always
- * asks for "/mnt/data"
+ * @param name   the platform's name of the device. In-process backend: ignored, it always asks for
+ *               "/mnt/data".
  * @param maxLen size of @p pJson in bytes
  */
 status_t ovik_getStorageInfoJson(const char* name, char* pJson, int maxLen);
@@ -145,8 +170,7 @@ status_t ovik_getStorageInfoJson(const char* name, char* pJson, int maxLen);
  * @param maxLen size of @p json in bytes
  */
 status_t ovik_getNetworkConfigJson(char* json, int maxLen);
-/** Stores the JSON configuration of one interface; ovik_applyNewConfiguration() puts it in force.
- */
+/** Stores an interface's JSON configuration; ovik_applyNewConfiguration() puts it in force. */
 status_t ovik_setInterfaceConfigJson(const char* interface, const char* config, int* pResp);
 /** Puts the stored configuration in force. */
 status_t ovik_applyNewConfiguration(int* pResp);
@@ -157,8 +181,8 @@ status_t ovik_applyNewConfiguration(int* pResp);
  * Reads from the panel's own serial EEPROM.
  *
  * @param offset where to start, in bytes; the low 8 bits count
- * @param len    how many bytes. The platform is asked for as many as this says, so a negative
- * number asks for more than it can have; nothing is written then.
+ * @param len    how many bytes. A negative number asks the platform for more than it can have, and
+ *               nothing is written.
  * @param pData  gets exactly @p len bytes: what the platform sent, then zero bytes. Whether the
  *               platform says that its own read failed is not told.
  */
@@ -168,8 +192,11 @@ status_t ovik_seepromReadSlave(int slaveAddr, int offset, int len, unsigned char
 
 /* --- Parameters --- */
 
-/** Reads one volatile parameter, as UTF-8. @param maxLength size of @p pResp in bytes, here and
- * below */
+/**
+ * Reads one volatile parameter, as UTF-8.
+ *
+ * @param maxLength size of @p pResp in bytes, here and below
+ */
 status_t ovik_getVolatileParameter(const char* key, char* pResp, int maxLength);
 /** Reads one system parameter, as UTF-8. */
 status_t ovik_getSystemParameter(const char* key, char* pResp, int maxLength);
@@ -193,7 +220,7 @@ status_t ovik_setSystemParametersJson(const char* key, const char* json, int* pR
  * The only failures are OVIK_EMPTY_SLOT (-10) for a place beyond the list, OVIK_NO_APPLICATION and,
  * on the application thread, OVIK_NOT_RUN. Everything else is OVIK_OK, with the value -1 from a
  * module that has no such points, and the value 0 when the platform's reply is an error or does not
- * come.
+ * come; the bytes of ovik_getHWPluginIO() are zero in both cases.
  */
 
 /** Reads an I/O point's mode; 2 is the mode in which it may be set. */
@@ -256,8 +283,9 @@ status_t ovik_serviceState(const char* service, int* pResp);
  * @param fnCallback null, or a void function taking three const char*: service, command, result
  *                   text, each Latin-1. It is called on the application thread for every result
  *                   that the platform reports from then on, of this and of other commands, until
- *                   another call of this function replaces it or the application ends. The texts
- *                   live for the duration of the call.
+ *                   another call that answers OVIK_OK or OVIK_REPLY_ERROR replaces it,
+ *                   ovik_setMode() loses it (see there) or the application ends. The texts live for
+ *                   the duration of the call.
  */
 status_t ovik_serviceCommand(const char* service, const char* cmd, const char* opts,
                              void* fnCallback, int* pResp);

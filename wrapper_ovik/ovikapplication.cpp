@@ -29,7 +29,7 @@ OvikApplication::~OvikApplication() = default;
 void OvikApplication::checkDbus()
 {
     logOVIK("try init DBUS now");
-    if (m_mode == 2)
+    if (m_mode == OVIK_MODE_DBUS)
         return;
     logOVIK("try init DBUS not in DBUS mode");
     if (!m_interfaceDbus.init()) {
@@ -38,30 +38,30 @@ void OvikApplication::checkDbus()
         return;
     }
     logOVIK("init DBUS OK");
-    setMode(3);
+    setMode(OVIK_MODE_DBUS_AS_IT_IS);
 }
 
 int OvikApplication::setMode(int mode)
 {
     logOVIK("OVIK set mode from " + QByteArray::number(m_mode) + " to " + QByteArray::number(mode));
     switch (mode) {
-    case 0:
+    case OVIK_MODE_NONE:
         useNone();
         return OVIK_OK;
-    case 1:
+    case OVIK_MODE_LOCAL:
         if (!m_interfaceLocal.init())
             return OVIK_BACKEND_FAILED;
         useLocal();
         return OVIK_OK;
-    case 2:
+    case OVIK_MODE_DBUS:
         if (!m_interfaceDbus.init())
             return OVIK_BACKEND_FAILED;
         useDbus();
         return OVIK_OK;
-    case 3:
+    case OVIK_MODE_DBUS_AS_IT_IS:
         useDbus();
         return OVIK_OK;
-    case 5:
+    case OVIK_MODE_DBUS_OR_NONE:
         if (m_interfaceDbus.init())
             useDbus();
         else
@@ -85,8 +85,8 @@ void OvikApplication::useNone()
     m_sysStat = nullptr;
     m_networkManager = nullptr;
     m_serviceManager = nullptr;
-    // The plug-in modules stay in use on purpose.
-    m_mode = 0;
+    // The plug-in modules stay: they are in their slots still, and an empty list would deny that.
+    m_mode = OVIK_MODE_NONE;
 }
 
 void OvikApplication::useLocal()
@@ -94,7 +94,7 @@ void OvikApplication::useLocal()
     // The in-process backend has neither a service manager nor plug-in modules: those of the D-Bus
     // backend stay in use on purpose.
     adopt(m_interfaceLocal);
-    m_mode = 1;
+    m_mode = OVIK_MODE_LOCAL;
     m_interfaceLocal.releaseReplaced();
 }
 
@@ -103,7 +103,7 @@ void OvikApplication::useDbus()
     adopt(m_interfaceDbus);
     m_HWPluginInstances = m_interfaceDbus.HWPluginInstanceProxy();
     m_serviceManager = m_interfaceDbus.serviceManagerProxy();
-    m_mode = 2;
+    m_mode = OVIK_MODE_DBUS;
     m_interfaceDbus.releaseReplaced();
 }
 

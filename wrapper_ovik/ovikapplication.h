@@ -4,6 +4,7 @@
 #include "IProxy/ovik_status.h"
 #include "dbus_ovik/OVIKInterfaceDbus.h"
 #include "local_ovik/OVIKInterfaceLocal.h"
+#include "wrapper_ovik/ovik_c.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -65,14 +66,13 @@ public Q_SLOTS:
     void checkDbus();
 
     /**
-     * Chooses the backend: 0 none, 1 in-process, 2 D-Bus, 3 D-Bus as it stands, without
-     * initialising it, 5 D-Bus or none. The backend used before stays up.
+     * Chooses the backend, see ovik_setMode().
      *
      * @return OVIK_OK, OVIK_BACKEND_FAILED with nothing changed, or OVIK_ILLEGAL_MODE.
      */
     int setMode(int mode);
 
-    /// 0 none, 1 in-process, 2 D-Bus.
+    /// OVIK_MODE_NONE, OVIK_MODE_LOCAL or OVIK_MODE_DBUS.
     int getMode();
 
     /// Tells that the thread is alive: 0.
@@ -142,7 +142,7 @@ private:
     template <class Backend>
     void adopt(Backend& backend);
 
-    int m_mode = 0;
+    int m_mode = OVIK_MODE_NONE;
     OVIKInterfaceLocal m_interfaceLocal;
     OVIKInterfaceDbus m_interfaceDbus;
     // Not owned; null for a facility that the backend in use lacks.

@@ -41,6 +41,7 @@ StatusByteArrayResp forwardLatin1(Proxy* proxy, status_t (Proxy::*operation)(Par
     const auto resp = forward<StatusStringResp>(proxy, operation, args...);
     return {resp.status, resp.value.toLatin1()};
 }
+
 constexpr auto sensors = &HWPluginInstanceProxyDbus::getSensors;
 constexpr auto leds = &HWPluginInstanceProxyDbus::getLeds;
 

@@ -39,7 +39,7 @@ int main(void)
     unsigned char hwCode = 0;
     unsigned short manufactureCode = 0;
 
-    if (ovik_init(0) != OVIK_OK || ovik_setMode(1) != OVIK_OK) {
+    if (ovik_init(OVIK_MODE_NONE) != OVIK_OK || ovik_setMode(OVIK_MODE_LOCAL) != OVIK_OK) {
         puts("libOVIK.so was not loaded; the lines above say why. Is its folder in "
              "LD_LIBRARY_PATH?");
         ovik_shutdown();
