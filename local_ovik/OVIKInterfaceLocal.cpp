@@ -28,13 +28,10 @@ bool OVIKInterfaceLocal::init()
         logOVIK("Failed loading OVIK plugin: ");
         return false;
     }
-    dlerror(); // an earlier failure's text
     auto factory = reinterpret_cast<OvikPluginFactory_getInstance_function>(
         dlsym(m_soHandle, "OvikPluginFactory_getInstance"));
     if (!factory) {
         qWarning("Can't get the getInstance function in so file");
-        if (const char* const reason = dlerror())
-            qWarning("%s", reason); // names the symbol and the file
         logOVIK("Can't get the getInstance function in so file");
         return false;
     }
