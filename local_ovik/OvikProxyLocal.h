@@ -47,8 +47,10 @@ public Q_SLOTS:
         constexpr bool doSync = true;
         return told(m_Ovik, &IOVIK::setSystemParameter, resp, key, value, doSync);
     }
-    status_t setSystemParametersJSON(const QString&, const QString&, int& resp) override
+    status_t setSystemParametersJSON(const QString& key, const QString& json, int& resp) override
     {
+        Q_UNUSED(key)
+        Q_UNUSED(json)
         return unsupported(m_Ovik, resp);
     }
 

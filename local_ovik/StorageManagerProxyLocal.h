@@ -22,8 +22,9 @@ public Q_SLOTS:
         return told(m_StorageManager, &IStorageManager::getStorageInfo, info, cName);
     }
     /// Whatever the name, the platform is asked for the data partition.
-    status_t getStorageInfoJson(const QString&, QString& info) override
+    status_t getStorageInfoJson(const QString& name, QString& info) override
     {
+        Q_UNUSED(name)
         return told(m_StorageManager, &IStorageManager::getStorageInfoJSON, info,
                     QStringLiteral("/mnt/data"));
     }
