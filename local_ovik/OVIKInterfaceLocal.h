@@ -54,6 +54,7 @@ public Q_SLOTS:
     ISystemInfoProxy* systemInfoProxy() override;
     IBuzzerProxy* buzzerProxy() override;
     IBacklightProxy* backlightProxy() override;
+    // Not virtual on purpose: the virtual table goes from backlightProxy() to ovikProxy().
     ISeepromProxy* seepromProxy();
     virtual IOvikProxy* ovikProxy();
     virtual IMainOsProxy* mainOsProxy();

@@ -23,8 +23,8 @@ Q_SIGNALS:
 public Q_SLOTS:
     /**
      * The library serves this one object in a thread of its own, so it is asked there. An object
-     * that lives in the calling thread, or in one that has ended, is not asked, as that would wait
-     * for ever: OVIK_OK with @p resp unchanged.
+     * that lives in the calling thread, or in one that does not run, is not asked, as that would
+     * wait for ever: OVIK_OK with @p resp unchanged.
      */
     status_t getSystemInfo(systemInfo& resp) override
     {
