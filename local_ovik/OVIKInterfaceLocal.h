@@ -1,6 +1,7 @@
 #pragma once
 
 #include "IProxy/IOvikInterface.h"
+#include "IProxy/OVIKPlatformInterface.h"
 #include "IProxy/ProxyKeeper.h"
 
 #include <memory>
@@ -63,6 +64,9 @@ public Q_SLOTS:
     virtual INetworkManagerProxy* networkManagerProxy();
 
 private:
+    /// Loads the library. Null, and said so, when there is none or it has no factory.
+    OvikPluginFactory_getInstance_function loadFactory();
+
     void* m_soHandle = nullptr; // never closed: the library's objects live as long as the process
     std::unique_ptr<SystemInfoProxyLocal> m_systemInfo;
     std::unique_ptr<BuzzerProxyLocal> m_buzzer;
