@@ -345,8 +345,7 @@ TEST_F(LocalBackend, ASystemParameterIsSetInSyncAndWholeSetsAreNotSupported)
     EXPECT_EQ(object.wholeSets, 0) << "the platform is not asked";
 }
 
-// --- System information, in a thread of its own
-// ---------------------------------------------------
+// --- System information, in a thread of its own --------------------------------------------------
 
 TEST_F(LocalBackend, SystemInformationComesFromItsThread)
 {
