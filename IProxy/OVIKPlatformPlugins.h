@@ -9,8 +9,7 @@
 #include <QObject>
 #include <QString>
 
-/** One plug-in slot; slots are numbered by the platform, a null facility is one the module lacks.
- */
+/** One plug-in slot, numbered by the platform; a null facility is one that the module lacks. */
 class IHWPluginInstance : public QObject
 {
     Q_OBJECT

@@ -37,5 +37,5 @@ private:
     PluginLedsProxyDbus* m_dbusLedsObject = nullptr;       // a child object
     PluginSensorsProxyDbus* m_dbusSensorsObject = nullptr; // a child object
     /// Only tells whether the module is there; none of its methods is called.
-    std::unique_ptr<Client> m_dbusObject;
+    const std::unique_ptr<Client> m_dbusObject;
 };

@@ -31,7 +31,11 @@
 /// The platform service's name on the system bus.
 inline QString ovikServiceName() { return QStringLiteral("com.wenu.OVIK"); }
 
-/// Client of the service's base interface. Three of its calls are virtual, in this order.
+/**
+ * Client of the service's base interface. Three of its calls are virtual, so that a class derived
+ * from it can answer them; generated calls are not. Their order is that of the virtual table, and
+ * stays.
+ */
 class ComWenuOVIKInterface : public ComWenuOVIKGeneratedInterface
 {
     Q_OBJECT

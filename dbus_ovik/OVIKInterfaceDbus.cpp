@@ -89,9 +89,8 @@ void OVIKInterfaceDbus::findPlugins()
 {
     for (int slot = 0; slot < pluginSlots; ++slot) {
         auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot);
+        // On purpose behind what an earlier init() found: places in the list stay what they are.
         if (instance->isValid())
-            // On purpose behind what an earlier init() found: places in the list stay what they
-            // are.
             m_HWPluginInstances.append(instance.release());
         else
             qWarning("HWPluginInstance not valid\n");

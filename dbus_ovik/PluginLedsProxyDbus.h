@@ -48,5 +48,5 @@ public Q_SLOTS:
     }
 
 private:
-    std::unique_ptr<Client> m_dbusObject;
+    const std::unique_ptr<Client> m_dbusObject;
 };

@@ -3,39 +3,34 @@
 #include "IProxy/IBuzzerProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class BuzzerProxyLocal : public IBuzzerProxy
+class BuzzerProxyLocal : public LocalProxy<IBuzzerProxy, IBuzzer>
 {
     Q_OBJECT
 public:
     explicit BuzzerProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : m_buzzer(instance<IBuzzer>(factory, "Buzzer"))
+        : LocalProxy("Buzzer", factory)
     {
     }
-
-    bool isValid() const override { return m_buzzer != nullptr; }
 
 public Q_SLOTS:
     status_t setBuzzerMode(int mode, int& resp) override
     {
-        return told(m_buzzer, &IBuzzer::SetBuzzerMode, resp, mode);
+        return ask(m_platformObject, &Platform::SetBuzzerMode, resp, mode);
     }
     status_t getBuzzerMode(int& resp) override
     {
-        return told(m_buzzer, &IBuzzer::GetBuzzerMode, resp);
+        return ask(m_platformObject, &Platform::GetBuzzerMode, resp);
     }
     status_t setBuzzerUserControl(int control, int& resp) override
     {
-        return told(m_buzzer, &IBuzzer::SetBuzzerUserControl, resp, control);
+        return ask(m_platformObject, &Platform::SetBuzzerUserControl, resp, control);
     }
     status_t setBuzzerOnTime(int time, int& resp) override
     {
-        return told(m_buzzer, &IBuzzer::SetBuzzerOnTime, resp, time);
+        return ask(m_platformObject, &Platform::SetBuzzerOnTime, resp, time);
     }
     status_t setBuzzerOffTime(int time, int& resp) override
     {
-        return told(m_buzzer, &IBuzzer::SetBuzzerOffTime, resp, time);
+        return ask(m_platformObject, &Platform::SetBuzzerOffTime, resp, time);
     }
-
-private:
-    IBuzzer* const m_buzzer; // the platform library's
 };

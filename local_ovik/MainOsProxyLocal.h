@@ -3,23 +3,18 @@
 #include "IProxy/IMainOsProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class MainOsProxyLocal : public IMainOsProxy
+class MainOsProxyLocal : public LocalProxy<IMainOsProxy, IMainOSInfo>
 {
     Q_OBJECT
 public:
     explicit MainOsProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : m_MainOs(instance<IMainOSInfo>(factory, "MainOSInfo"))
+        : LocalProxy("MainOSInfo", factory)
     {
     }
-
-    bool isValid() const override { return m_MainOs != nullptr; }
 
 public Q_SLOTS:
     status_t version(QByteArray& version) override
     {
-        return told(m_MainOs, &IMainOSInfo::version, version);
+        return ask(m_platformObject, &Platform::version, version);
     }
-
-private:
-    IMainOSInfo* const m_MainOs; // the platform library's
 };

@@ -22,22 +22,9 @@ bool OVIKInterfaceLocal::init()
     if (isValid())
         return true;
 
-    m_soHandle = dlopen("libOVIK.so", RTLD_LAZY | RTLD_GLOBAL);
-    if (!m_soHandle) {
-        qWarning("Failed loading OVIK plugin: %s", dlerror());
-        logOVIK("Failed loading OVIK plugin: ");
+    const auto factory = loadFactory();
+    if (!factory)
         return false;
-    }
-    dlerror(); // an earlier failure's text
-    auto factory = reinterpret_cast<OvikPluginFactory_getInstance_function>(
-        dlsym(m_soHandle, "OvikPluginFactory_getInstance"));
-    if (!factory) {
-        qWarning("Can't get the getInstance function in so file");
-        if (const char* const reason = dlerror())
-            qWarning("%s", reason); // names the symbol and the file
-        logOVIK("Can't get the getInstance function in so file");
-        return false;
-    }
 
     m_keeper.create(m_buzzer, "m_buzzer not valid\n", factory);
     m_keeper.create(m_backlight, "m_backlight not valid\n", factory);
@@ -51,6 +38,23 @@ bool OVIKInterfaceLocal::init()
     m_keeper.create(m_networkManager, "m_networkManager not valid\n", factory);
     logOVIK("Local interface loaded");
     return true;
+}
+
+OvikPluginFactory_getInstance_function OVIKInterfaceLocal::loadFactory()
+{
+    m_soHandle = dlopen("libOVIK.so", RTLD_LAZY | RTLD_GLOBAL);
+    if (!m_soHandle) {
+        qWarning("Failed loading OVIK plugin: %s", dlerror());
+        logOVIK("Failed loading OVIK plugin: ");
+        return nullptr;
+    }
+    const auto factory = reinterpret_cast<OvikPluginFactory_getInstance_function>(
+        dlsym(m_soHandle, "OvikPluginFactory_getInstance"));
+    if (!factory) {
+        qWarning("Can't get the getInstance function in so file");
+        logOVIK("Can't get the getInstance function in so file");
+    }
+    return factory;
 }
 
 bool OVIKInterfaceLocal::shutdown()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "IProxy/IOvikInterface.h"
+#include "IProxy/OVIKPlatformInterface.h"
 #include "IProxy/ProxyKeeper.h"
 
 #include <memory>
@@ -54,6 +55,7 @@ public Q_SLOTS:
     ISystemInfoProxy* systemInfoProxy() override;
     IBuzzerProxy* buzzerProxy() override;
     IBacklightProxy* backlightProxy() override;
+    // Not virtual on purpose: the virtual table goes from backlightProxy() to ovikProxy().
     ISeepromProxy* seepromProxy();
     virtual IOvikProxy* ovikProxy();
     virtual IMainOsProxy* mainOsProxy();
@@ -62,6 +64,9 @@ public Q_SLOTS:
     virtual INetworkManagerProxy* networkManagerProxy();
 
 private:
+    /// Loads the library. Null, and said so, when there is none or it has no factory.
+    OvikPluginFactory_getInstance_function loadFactory();
+
     void* m_soHandle = nullptr; // never closed: the library's objects live as long as the process
     std::unique_ptr<SystemInfoProxyLocal> m_systemInfo;
     std::unique_ptr<BuzzerProxyLocal> m_buzzer;

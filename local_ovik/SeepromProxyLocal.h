@@ -3,28 +3,23 @@
 #include "IProxy/ISeepromProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class SeepromProxyLocal : public ISeepromProxy
+class SeepromProxyLocal : public LocalProxy<ISeepromProxy, II2CSEEPROM>
 {
     Q_OBJECT
 public:
     explicit SeepromProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : m_seeprom(instance<II2CSEEPROM>(factory, "I2CSEEPROM"))
+        : LocalProxy("I2CSEEPROM", factory)
     {
     }
-
-    bool isValid() const override { return m_seeprom != nullptr; }
 
 public Q_SLOTS:
     status_t read(unsigned char addr, unsigned int length, QByteArray& arr, int& resp) override
     {
-        return told(m_seeprom, &II2CSEEPROM::read, resp, addr, length, arr);
+        return ask(m_platformObject, &Platform::read, resp, addr, length, arr);
     }
     status_t readSlave(unsigned char slaveAddr, unsigned char addr, unsigned int length,
                        QByteArray& arr, int& resp) override
     {
-        return told(m_seeprom, &II2CSEEPROM::readSlvAddr, resp, slaveAddr, addr, length, arr);
+        return ask(m_platformObject, &Platform::readSlvAddr, resp, slaveAddr, addr, length, arr);
     }
-
-private:
-    II2CSEEPROM* const m_seeprom; // the platform library's
 };

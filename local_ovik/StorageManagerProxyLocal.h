@@ -3,31 +3,27 @@
 #include "IProxy/IStorageManagerProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class StorageManagerProxyLocal : public IStorageManagerProxy
+class StorageManagerProxyLocal : public LocalProxy<IStorageManagerProxy, IStorageManager>
 {
     Q_OBJECT
 public:
     explicit StorageManagerProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : m_StorageManager(instance<IStorageManager>(factory, "StorageMgr"))
+        : LocalProxy("StorageMgr", factory)
     {
     }
-
-    bool isValid() const override { return m_StorageManager != nullptr; }
 
 public Q_SLOTS:
     status_t getStorageInfo(const QString& name, ovikStorageInfo& info) override
     {
         // By way of a C string, so that the name ends at its first NUL.
         const QString cName = QString::fromUtf8(name.toStdString().c_str());
-        return told(m_StorageManager, &IStorageManager::getStorageInfo, info, cName);
+        return ask(m_platformObject, &Platform::getStorageInfo, info, cName);
     }
     /// Whatever the name, the platform is asked for the data partition.
-    status_t getStorageInfoJson(const QString&, QString& info) override
+    status_t getStorageInfoJson(const QString& name, QString& info) override
     {
-        return told(m_StorageManager, &IStorageManager::getStorageInfoJSON, info,
-                    QStringLiteral("/mnt/data"));
+        Q_UNUSED(name)
+        return ask(m_platformObject, &Platform::getStorageInfoJSON, info,
+                   QStringLiteral("/mnt/data"));
     }
-
-private:
-    IStorageManager* const m_StorageManager; // the platform library's
 };

@@ -3,23 +3,18 @@
 #include "IProxy/ISysStatProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class SysStatProxyLocal : public ISysStatProxy
+class SysStatProxyLocal : public LocalProxy<ISysStatProxy, ISysStat>
 {
     Q_OBJECT
 public:
     explicit SysStatProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : m_SysStat(instance<ISysStat>(factory, "SysStat"))
+        : LocalProxy("SysStat", factory)
     {
     }
-
-    bool isValid() const override { return m_SysStat != nullptr; }
 
 public Q_SLOTS:
     status_t availableMemory(qulonglong& available) override
     {
-        return told(m_SysStat, &ISysStat::getAvailableMemory, available);
+        return ask(m_platformObject, &Platform::getAvailableMemory, available);
     }
-
-private:
-    ISysStat* const m_SysStat; // the platform library's
 };

@@ -5,17 +5,16 @@
 
 #include <QThread>
 
-class SystemInfoProxyLocal : public ISystemInfoProxy
+class SystemInfoProxyLocal : public LocalProxy<ISystemInfoProxy, ISystemInfo>
 {
     Q_OBJECT
 public:
     explicit SystemInfoProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : m_systemInfo(instance<ISystemInfo>(factory, "SystemInfo"))
+        : LocalProxy("SystemInfo", factory)
     {
-        connect(this, SIGNAL(_getSystemInfo()), m_systemInfo, SLOT(info()), Qt::DirectConnection);
+        connect(this, SIGNAL(_getSystemInfo()), m_platformObject, SLOT(info()),
+                Qt::DirectConnection);
     }
-
-    bool isValid() const override { return m_systemInfo != nullptr; }
 
 Q_SIGNALS:
     /// Nothing in this program emits it; it is there for callers that want the direct way.
@@ -24,20 +23,17 @@ Q_SIGNALS:
 public Q_SLOTS:
     /**
      * The library serves this one object in a thread of its own, so it is asked there. An object
-     * that lives in the calling thread, or in one that has ended, is not asked, as that would wait
-     * for ever: OVIK_OK with @p resp unchanged.
+     * that lives in the calling thread, or in one that does not run, is not asked, as that would
+     * wait for ever: OVIK_OK with @p resp unchanged.
      */
     status_t getSystemInfo(systemInfo& resp) override
     {
-        if (!m_systemInfo)
+        if (!m_platformObject)
             return OVIK_NO_PLATFORM;
-        const QThread* const thread = m_systemInfo->thread();
+        const QThread* const thread = m_platformObject->thread();
         if (thread && thread->isRunning() && thread != QThread::currentThread())
-            QMetaObject::invokeMethod(m_systemInfo, "info", Qt::BlockingQueuedConnection,
+            QMetaObject::invokeMethod(m_platformObject, "info", Qt::BlockingQueuedConnection,
                                       Q_RETURN_ARG(systemInfo, resp));
         return OVIK_OK;
     }
-
-private:
-    ISystemInfo* const m_systemInfo; // the platform library's
 };

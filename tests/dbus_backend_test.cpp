@@ -651,6 +651,12 @@ TEST_F(DbusBackend, ARecordIsReadAsItWasSent)
     EXPECT_EQ(std::string(std::begin(partition.version), std::end(partition.version)),
               "1.2" + std::string(17, '\0'));
 
+    ovikStorageInfo sent = {};
+    strcpy(sent.mountPoint, "/mnt/usb");
+    memset(sent.mountPoint + 100, 'z', 100); // behind its NUL, and read all the same
+    const ovikStorageInfo storage = thereAndBack(sent);
+    EXPECT_EQ(std::string(storage.mountPoint, 200), std::string(sent.mountPoint, 200));
+
     const timeZoneInfo zone =
         thereAndBack(timeZoneInfo{10, 5, 0, 3, 1, -60, 3, 4, 6, 2, 30, -120, 1});
     EXPECT_EQ(zone.stdMonth, 10);

@@ -173,7 +173,8 @@ TEST_F(FaultLibrary, WithoutItsFactoryTheModeIsRefusedUntilItIsThere)
         repeat([&] {
             forgetTexts();
             EXPECT_EQ(ovik_setMode(1), -6);
-            EXPECT_EQ(takeProductWarnings().at(0), "Can't get the getInstance function in so file");
+            EXPECT_EQ(takeProductWarnings(),
+                      Texts{"Can't get the getInstance function in so file"});
             EXPECT_EQ(takeDiagnostics(), (Texts{"OVIK set mode from 0 to 1",
                                                 "Can't get the getInstance function in so file"}));
             expectFacilitiesBut(everyName());
@@ -269,7 +270,7 @@ TEST_F(FaultLibrary, WithoutItsFactoryItIsRefusedWithTheReason)
     Process program(commandOf(OVIK_TRY_LIBRARY_PATH),
                     {"LD_LIBRARY_PATH=" OVIK_PANEL_LIBRARY_DIR, "OVIK_SIM_NO_FACTORY=1"});
     EXPECT_EQ(program.wait(), 1);
-    EXPECT_EQ(program.errors().rfind("Can't get the getInstance function in so file\n", 0), 0u);
+    EXPECT_EQ(program.errors(), "Can't get the getInstance function in so file\n");
     EXPECT_EQ(program.output(), "  (OVIK set mode from 0 to 0)\n"
                                 "  (OVIK set mode from 0 to 1)\n"
                                 "  (Can't get the getInstance function in so file)\n" +

@@ -15,6 +15,8 @@
 
 namespace
 {
+using Texts = std::vector<std::string>;
+
 constexpr int firstTries = 50;
 constexpr int measuredTries = 300;
 /// KiB; less than a third of one for each try.
@@ -23,22 +25,27 @@ constexpr long memorySlack = 96;
 class FaultRetry : public testing::Test
 {
 protected:
-    /// Tries often, as the application does every second.
-    void expectTriesLeaveNothingBehind(const std::string& warning)
+    /// Tries often, as the application does every second. @p outcome and @p warnings are the texts
+    /// of each try.
+    void expectTriesLeaveNothingBehind(const std::string& outcome, const Texts& warnings)
     {
         OVIKInterfaceDbus backend;
         const auto tryOften = [&](int count) {
             for (int i = 0; i < count; ++i) {
                 ASSERT_FALSE(backend.init());
                 settle();
-                const auto warnings = takeWarnings();
-                ASSERT_EQ(warnings.empty(), warning.empty());
-                ASSERT_TRUE(warning.empty() || warnings.at(0) == warning);
-                takeDiagnostics();
+                ASSERT_EQ(takeWarnings(), warnings);
+                const Texts texts = takeDiagnostics();
+                ASSERT_EQ(texts.size(), 2u);
+                ASSERT_EQ(texts[0].rfind("dbus-debug retrying after name ", 0), 0u) << texts[0];
+                ASSERT_EQ(texts[1], outcome);
             }
         };
-        ASSERT_FALSE(backend.init()); // on the connection that the whole process shares
         takeWarnings();
+        takeDiagnostics();
+        ASSERT_FALSE(backend.init()); // on the connection that the whole process shares
+        ASSERT_EQ(takeWarnings(), warnings);
+        ASSERT_EQ(takeDiagnostics(), Texts{outcome});
         tryOften(firstTries);
         const Footprint before = footprintOf(getpid());
         tryOften(measuredTries);
@@ -61,13 +68,14 @@ TEST_F(FaultRetry, OnABusWithoutTheService)
 {
     theBus();
     expectTriesLeaveNothingBehind(
-        "Cannot find dbus node in system bus. Fallback to use session bus");
+        "dbus-debug connection success",
+        {"Cannot find dbus node in system bus. Fallback to use session bus"});
 }
 
 TEST_F(FaultRetry, WithoutABus)
 {
     theBus().stop();
-    expectTriesLeaveNothingBehind("");
+    expectTriesLeaveNothingBehind("dbus-debug connection failed", {});
     theBus().start();
 }
 } // namespace

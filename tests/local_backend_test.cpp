@@ -87,7 +87,7 @@ TEST_F(LocalBackend, ALibraryWithoutFactoryIsWarnedOf)
     OVIKInterfaceLocal backend;
     EXPECT_FALSE(backend.init());
     EXPECT_FALSE(backend.isValid());
-    EXPECT_EQ(takeWarnings().at(0), "Can't get the getInstance function in so file");
+    EXPECT_EQ(takeWarnings(), Texts{"Can't get the getInstance function in so file"});
     EXPECT_EQ(takeDiagnostics(), Texts{"Can't get the getInstance function in so file"});
 }
 
@@ -345,8 +345,7 @@ TEST_F(LocalBackend, ASystemParameterIsSetInSyncAndWholeSetsAreNotSupported)
     EXPECT_EQ(object.wholeSets, 0) << "the platform is not asked";
 }
 
-// --- System information, in a thread of its own
-// ---------------------------------------------------
+// --- System information, in a thread of its own --------------------------------------------------
 
 TEST_F(LocalBackend, SystemInformationComesFromItsThread)
 {

@@ -1,10 +1,11 @@
 /* Order and shape of the operations that the platform library is called through. */
 #include "IProxy/OVIKPlatformInterface.h"
 
+#include "tests/support/virtual_slot.h"
+
 #include <QMetaMethod>
 #include <QMetaObject>
 #include <cstddef>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
@@ -15,25 +16,6 @@ namespace
 {
 
 using Names = std::vector<std::string>;
-
-/* Place of a virtual operation in its table, read out of the member pointer's own encoding. */
-template <typename MemberFunction>
-std::size_t virtualSlot(MemberFunction member)
-{
-    struct {
-        std::size_t pointer;
-        std::size_t adjustment;
-    } parts;
-    static_assert(sizeof(parts) == sizeof(member), "member pointers have two words");
-    std::memcpy(&parts, &member, sizeof(parts));
-#if defined(__arm__) || defined(__aarch64__)
-    EXPECT_EQ(parts.adjustment & 1U, 1U) << "not virtual";
-    return parts.pointer / sizeof(void*);
-#else
-    EXPECT_EQ(parts.pointer & 1U, 1U) << "not virtual";
-    return (parts.pointer - 1U) / sizeof(void*);
-#endif
-}
 
 struct Operation {
     std::string declaration; /* as the meta-object spells it, without const */
@@ -66,10 +48,6 @@ Operation constOp(const char* declaration, Result (Class::*member)(Args...) cons
 {
     return {declaration, virtualSlot(member), QMetaMethod::Public};
 }
-
-struct ObjectBase : QObject {
-    static std::size_t slotAfter() { return virtualSlot(&ObjectBase::disconnectNotify) + 1; }
-};
 
 struct ThreadBase : QThread {
     static std::size_t slotOfRun() { return virtualSlot(&ThreadBase::run); }
