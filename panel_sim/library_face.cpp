@@ -42,6 +42,9 @@ QObject* systemInfoInThread()
         auto* const thread = new QThread;
         thread->start();
         info->moveToThread(thread);
+        // Not before its event loop runs: one that begins when the application has gone never does.
+        QMetaObject::invokeMethod(
+            info, [] {}, Qt::BlockingQueuedConnection);
         return info;
     }();
     return object;
