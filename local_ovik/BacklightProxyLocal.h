@@ -3,22 +3,27 @@
 #include "IProxy/IBacklightProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class BacklightProxyLocal : public LocalProxy<IBacklightProxy, IBacklight>
+class BacklightProxyLocal : public IBacklightProxy
 {
     Q_OBJECT
 public:
     explicit BacklightProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : LocalProxy("Backlight", factory)
+        : m_backlight(instance<IBacklight>(factory, "Backlight"))
     {
     }
+
+    bool isValid() const override { return m_backlight != nullptr; }
 
 public Q_SLOTS:
     status_t getBrightness(int& resp) override
     {
-        return ask(m_platformObject, &Platform::getBrightness, resp);
+        return ask(m_backlight, &IBacklight::getBrightness, resp);
     }
     status_t saveBrightness(int value, int& resp) override
     {
-        return ask(m_platformObject, &Platform::saveBrightness, resp, value);
+        return ask(m_backlight, &IBacklight::saveBrightness, resp, value);
     }
+
+private:
+    IBacklight* const m_backlight; // the platform library's
 };

@@ -4,45 +4,33 @@
 #include "IProxy/ovik_status.h"
 
 #include <functional>
-#include <utility>
 
-/// One proxy operation: one call of the platform, its answer into @p resp.
-template <class Platform, class Operation, class Result, class... Args>
-status_t ask(Platform* object, Operation operation, Result& resp, Args&&... args)
+// What the local proxies have in common. The platform's objects are the library's own: they are
+// never deleted.
+
+/// The library's object of that name, or null. The library is trusted to hand out the right class.
+template <class Platform>
+Platform* instance(OvikPluginFactory_getInstance_function factory, const char* name)
 {
-    if (!object)
+    return static_cast<Platform*>(factory(name));
+}
+
+/// One proxy operation: one call of the platform object, its result into @p resp.
+template <class Platform, class Operation, class Result, class... Args>
+status_t ask(Platform* platform, Operation operation, Result& resp, Args&&... args)
+{
+    if (!platform)
         return OVIK_NO_PLATFORM;
-    resp = std::invoke(operation, object, std::forward<Args>(args)...);
+    resp = std::invoke(operation, platform, std::forward<Args>(args)...);
     return OVIK_OK;
 }
 
 /// An operation that this backend does not have.
 template <class Platform, class Result>
-status_t unsupported(Platform* object, Result& resp)
+status_t unsupported(Platform* platform, Result& resp)
 {
-    if (!object)
+    if (!platform)
         return OVIK_NO_PLATFORM;
     resp = Result();
     return OVIK_NOT_RUN;
 }
-
-/**
- * What every proxy has in common: the library's object of its name, or null without that. The
- * library is trusted to hand out the right class, and keeps the object: it is never deleted here.
- */
-template <class Interface, class PlatformClass>
-class LocalProxy : public Interface
-{
-public:
-    bool isValid() const override { return m_platformObject != nullptr; }
-
-protected:
-    using Platform = PlatformClass;
-
-    LocalProxy(const char* name, OvikPluginFactory_getInstance_function factory)
-        : m_platformObject(static_cast<Platform*>(factory(name)))
-    {
-    }
-
-    Platform* const m_platformObject;
-};

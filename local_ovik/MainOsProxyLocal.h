@@ -3,18 +3,23 @@
 #include "IProxy/IMainOsProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class MainOsProxyLocal : public LocalProxy<IMainOsProxy, IMainOSInfo>
+class MainOsProxyLocal : public IMainOsProxy
 {
     Q_OBJECT
 public:
     explicit MainOsProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : LocalProxy("MainOSInfo", factory)
+        : m_MainOs(instance<IMainOSInfo>(factory, "MainOSInfo"))
     {
     }
+
+    bool isValid() const override { return m_MainOs != nullptr; }
 
 public Q_SLOTS:
     status_t version(QByteArray& version) override
     {
-        return ask(m_platformObject, &Platform::version, version);
+        return ask(m_MainOs, &IMainOSInfo::version, version);
     }
+
+private:
+    IMainOSInfo* const m_MainOs; // the platform library's
 };

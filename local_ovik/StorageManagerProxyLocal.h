@@ -3,27 +3,32 @@
 #include "IProxy/IStorageManagerProxy.h"
 #include "local_ovik/LocalProxy.h"
 
-class StorageManagerProxyLocal : public LocalProxy<IStorageManagerProxy, IStorageManager>
+class StorageManagerProxyLocal : public IStorageManagerProxy
 {
     Q_OBJECT
 public:
     explicit StorageManagerProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : LocalProxy("StorageMgr", factory)
+        : m_StorageManager(instance<IStorageManager>(factory, "StorageMgr"))
     {
     }
+
+    bool isValid() const override { return m_StorageManager != nullptr; }
 
 public Q_SLOTS:
     status_t getStorageInfo(const QString& name, ovikStorageInfo& info) override
     {
         // By way of a C string, so that the name ends at its first NUL.
         const QString cName = QString::fromUtf8(name.toStdString().c_str());
-        return ask(m_platformObject, &Platform::getStorageInfo, info, cName);
+        return ask(m_StorageManager, &IStorageManager::getStorageInfo, info, cName);
     }
     /// Whatever the name, the platform is asked for the data partition.
     status_t getStorageInfoJson(const QString& name, QString& info) override
     {
         Q_UNUSED(name)
-        return ask(m_platformObject, &Platform::getStorageInfoJSON, info,
+        return ask(m_StorageManager, &IStorageManager::getStorageInfoJSON, info,
                    QStringLiteral("/mnt/data"));
     }
+
+private:
+    IStorageManager* const m_StorageManager; // the platform library's
 };

@@ -5,16 +5,17 @@
 
 #include <QThread>
 
-class SystemInfoProxyLocal : public LocalProxy<ISystemInfoProxy, ISystemInfo>
+class SystemInfoProxyLocal : public ISystemInfoProxy
 {
     Q_OBJECT
 public:
     explicit SystemInfoProxyLocal(OvikPluginFactory_getInstance_function factory)
-        : LocalProxy("SystemInfo", factory)
+        : m_systemInfo(instance<ISystemInfo>(factory, "SystemInfo"))
     {
-        connect(this, SIGNAL(_getSystemInfo()), m_platformObject, SLOT(info()),
-                Qt::DirectConnection);
+        connect(this, SIGNAL(_getSystemInfo()), m_systemInfo, SLOT(info()), Qt::DirectConnection);
     }
+
+    bool isValid() const override { return m_systemInfo != nullptr; }
 
 Q_SIGNALS:
     /// Nothing in this program emits it; it is there for callers that want the direct way.
@@ -28,12 +29,15 @@ public Q_SLOTS:
      */
     status_t getSystemInfo(systemInfo& resp) override
     {
-        if (!m_platformObject)
+        if (!m_systemInfo)
             return OVIK_NO_PLATFORM;
-        const QThread* const thread = m_platformObject->thread();
+        const QThread* const thread = m_systemInfo->thread();
         if (thread && thread->isRunning() && thread != QThread::currentThread())
-            QMetaObject::invokeMethod(m_platformObject, "info", Qt::BlockingQueuedConnection,
+            QMetaObject::invokeMethod(m_systemInfo, "info", Qt::BlockingQueuedConnection,
                                       Q_RETURN_ARG(systemInfo, resp));
         return OVIK_OK;
     }
+
+private:
+    ISystemInfo* const m_systemInfo; // the platform library's
 };
