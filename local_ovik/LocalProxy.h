@@ -4,6 +4,7 @@
 #include "IProxy/ovik_status.h"
 
 #include <functional>
+#include <utility>
 
 // What the local proxies have in common. The platform's objects are the library's own: they are
 // never deleted.
