@@ -3,9 +3,13 @@
 #include "bench/proc.h"
 #include "tests/support/private_bus.h"
 
+#include <csignal>
 #include <filesystem>
 #include <optional>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace
 {
@@ -83,6 +87,31 @@ void measureMemory(Report& report, const Effort& effort)
     report.remark(format("%d threads, the minimal program %d", threads, bareThreads));
 }
 
+/// A process that does nothing but the idle sleep, again and again.
+class Sleeper
+{
+public:
+    Sleeper() : m_pid(fork())
+    {
+        if (m_pid != 0)
+            return;
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        for (;;)
+            usleep(static_cast<useconds_t>(idleSleep / 1000));
+    }
+    ~Sleeper()
+    {
+        kill(m_pid, SIGKILL);
+        waitpid(m_pid, nullptr, 0);
+    }
+    Sleeper(const Sleeper&) = delete;
+    Sleeper& operator=(const Sleeper&) = delete;
+    pid_t pid() const { return m_pid; }
+
+private:
+    const pid_t m_pid;
+};
+
 /// The share of one core that each process takes while nobody asks for anything.
 std::vector<double> idleShares(const std::vector<pid_t>& pids, std::chrono::seconds time)
 {
@@ -103,13 +132,15 @@ void measureIdle(Report& report, const Effort& effort)
 {
     const auto time = effort.quick ? 2s : 5s;
     Minimal minimal;
+    const Sleeper sleeper;
     ReadyServer server;
-    const std::vector<pid_t> pids = {server.process().pid(), minimal.pid()};
-    Rounds alone, connected, others;
+    const std::vector<pid_t> pids = {server.process().pid(), minimal.pid(), sleeper.pid()};
+    Rounds alone, connected, others, sleeps;
     for (int round = 0; round < effort.rounds(5); ++round) {
         const auto shares = idleShares(pids, time);
         alone.push_back(shares[0] * 100);
         others.push_back(shares[1] * 100);
+        sleeps.push_back(shares[2] * 100);
         const Service client;
         connected.push_back(idleShares(pids, time)[0] * 100);
     }
@@ -122,6 +153,9 @@ void measureIdle(Report& report, const Effort& effort)
     };
     row("without a client", alone);
     row("with a client that says nothing", connected);
+    report.row("without a client", "a program that only sleeps, 10 ms at a time",
+               quotients(alone, sleeps),
+               format("%.3g / %.3g %% of one core", median(alone), median(sleeps)));
 }
 
 /// Its size without symbols; nothing when there is no such file or no such tool.

@@ -42,8 +42,8 @@ bool setNonBlocking(int sock)
     return true;
 }
 
-/// Asked before accept(), which sets up a socket before it sees that nobody waits: that would be a
-/// third of what the service costs without a client.
+/// Asked before accept(), which sets up a socket before it sees that nobody waits, at every look of
+/// an idle service.
 bool isSomebodyWaiting(int listenSock)
 {
     pollfd listener = {listenSock, POLLIN, 0};

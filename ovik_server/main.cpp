@@ -27,7 +27,6 @@ int main()
 {
     setvbuf(stdout, nullptr, _IOLBF, 0); // a failure's line is out before its response
     signal(SIGPIPE, SIG_IGN);            // writing to whoever has gone fails, and no more
-    setenv("QT_NO_GLIB", "1", true);     // GLib's event loop costs a request more than Qt's own
 
     OvikServer server;
     if (!start(server)) {

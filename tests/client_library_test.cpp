@@ -611,8 +611,8 @@ TEST(ClientBatch, TheCallerKnowsWhichWereAnsweredWhen)
 
 TEST(ClientBatch, WhatWasSentIsWhatTheServiceCanHaveSeen)
 {
-    // It takes 3 and ends, while the client has more than there is room for.
-    constexpr size_t count = 5000;
+    // It takes 3 and ends, while the client has far more than there is room for.
+    constexpr size_t count = 50000;
     ScriptedPeer peer([](ScriptedPeer& self) {
         self.accept();
         for (int i = 0; i < 3; ++i) {
