@@ -20,6 +20,7 @@ for tool in gnuplot busctl addr2line strip; do
 done
 command -v strace >/dev/null || say "strace is missing: the start is not split"
 build bench ovik_bench
+[ ! -d build-armhf/sysroot ] || build armhf ovik_server
 sync # what is not on the disk yet counts as written by the program that it is part of
 
 say "measuring; what else runs on this machine widens the quartiles"

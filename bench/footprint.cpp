@@ -93,6 +93,8 @@ class Sleeper
 public:
     Sleeper() : m_pid(fork())
     {
+        if (m_pid == -1)
+            throw std::runtime_error("cannot fork");
         if (m_pid != 0)
             return;
         prctl(PR_SET_PDEATHSIG, SIGKILL);

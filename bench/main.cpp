@@ -5,8 +5,10 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 ReadyServer::ReadyServer(const std::vector<std::string>& prefix) : Server(prefix)
 {
@@ -45,7 +47,9 @@ int main(int argc, char* argv[])
     const bool quick = argc > 1 && strcmp(argv[1], "--quick") == 0;
     argc -= quick;
     argv += quick;
-    if (argc < 2 || argc > 3) {
+    const auto isNamed = [&](const auto& part) { return strcmp(argv[2], part.name) == 0; };
+    if (argc < 2 || argc > 3 ||
+        (argc == 3 && std::none_of(std::begin(parts), std::end(parts), isNamed))) {
         fputs("usage: ovik_bench [--quick] DIRECTORY [PART]\n", stderr);
         return 2;
     }

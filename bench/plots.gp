@@ -9,7 +9,7 @@ set title "getBrightness over the requests under way at a time"
 set xlabel "requests under way"
 set ylabel "rate, of blocking Qt D-Bus calls"
 set logscale x 2
-set yrange [0:*]
+set yrange [0:1.2<*]
 plot data."/window.tsv" using 1:2:3:4 with yerrorbars pt 7 ps 0.5 lc 1 title "quartiles", \
      "" using 1:2 with lines lc 1 title "median", 1 with lines dt 2 lc "gray" title "Qt D-Bus"
 

@@ -80,6 +80,11 @@ std::string durations(const Rounds& ours, const Rounds& others)
     return duration(median(ours)) + " / " + duration(median(others));
 }
 
+std::string rates(const Rounds& ours, const Rounds& others)
+{
+    return format("%.0f/s / %.0f/s", 1e9 / median(ours), 1e9 / median(others));
+}
+
 std::string format(const char* form, ...)
 {
     char text[512];

@@ -21,8 +21,8 @@ public:
      * A line of the table.
      *
      * @param ratios one per round
-     * @param took   what was compared, as "12 us / 15 us": an absolute figure stands beside its
-     * ratio
+     * @param took   what was compared, "12 us / 15 us" or "80/s / 100/s": an absolute figure stands
+     *               beside its ratio
      */
     void row(const std::string& what, const std::string& against, const Rounds& ratios,
              const std::string& took, Goal goal = Goal::None, double bound = 0);
@@ -44,5 +44,7 @@ private:
 std::string duration(double nanoseconds);
 /// "12.3 us / 45.6 us", of the medians
 std::string durations(const Rounds& ours, const Rounds& others);
+/// "123/s / 456/s", of the medians of what took so long
+std::string rates(const Rounds& ours, const Rounds& others);
 /// As printf().
 std::string format(const char* form, ...) __attribute__((format(printf, 1, 2)));

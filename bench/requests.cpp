@@ -75,13 +75,13 @@ void measurePipelined(Report& report, const Effort& effort, pid_t server)
     thread.wait();
     report.part("getBrightness, pipelined");
     report.row("rate of a batch of 2000", "blocking Qt D-Bus calls", quotients(took[1], took[0]),
-               durations(took[0], took[1]), Goal::AtLeast, 0.8);
+               rates(took[0], took[1]), Goal::AtLeast, 0.8);
     report.row("rate of a batch of 2000", "the same, each handed over to another thread",
-               quotients(took[4], took[0]), durations(took[0], took[4]));
+               quotients(took[4], took[0]), rates(took[0], took[4]));
     report.row("rate of a batch of 2000", "blocking sd-bus calls", quotients(took[2], took[0]),
-               durations(took[0], took[2]));
+               rates(took[0], took[2]));
     report.row("rate of a batch of 2000", "a busctl process each", quotients(took[3], took[0]),
-               durations(took[0], took[3]), Goal::AtLeast, 15);
+               rates(took[0], took[3]), Goal::AtLeast, 15);
     report.row("processor time of the service", "of the program with Qt D-Bus",
                quotients(ours.processor, program.processor),
                durations(ours.processor, program.processor));
@@ -164,7 +164,7 @@ void measureUnknownWord(Report& report, const Effort& effort, pid_t server)
                                       });
     report.part("An unknown word, pipelined");
     report.row("rate of a batch of 20000", "a plain echo in C", quotients(took[1], took[0]),
-               durations(took[0], took[1]), Goal::AtLeast, 0.5);
+               rates(took[0], took[1]), Goal::AtLeast, 0.5);
     report.row("processor time of the service", "of the echo",
                quotients(ours.processor, others.processor),
                durations(ours.processor, others.processor));
