@@ -40,4 +40,4 @@ set yrange [0:2]
 plot data."/requests.tsv" using 1:2 with lines lw 2 title "private memory", \
      "" using 1:3 with lines lw 2 title "resident memory", \
      "" using 1:4 with lines title "pipelined time over a Qt D-Bus call's", \
-     "" using 1:5 with lines title "single time over an idle sleep + a Qt D-Bus call"
+     "" using 1:5 with lines title "slowest of 5 single ones over an idle sleep + a Qt D-Bus call"
