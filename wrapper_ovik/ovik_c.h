@@ -234,21 +234,21 @@ status_t ovik_getHWPluginIO(unsigned int slot, unsigned int index, unsigned char
 /** Writes the @p count bytes of @p output to an I/O point, at most INT_MAX of them. */
 status_t ovik_setHWPluginIO(unsigned int slot, unsigned int index, unsigned char* output,
                             unsigned int count, int* pResp);
-/** Reads a LED's mode; 2 is the mode in which it may be set. */
+/** Reads an LED's mode; 2 is the mode in which it may be set. */
 status_t ovik_getHWPluginLedMode(unsigned int slot, unsigned int index, int* mode);
-/** Sets a LED's user control. */
+/** Sets an LED's user control. */
 status_t ovik_setHWPluginLedUserControl(unsigned int slot, unsigned int index, int control,
                                         int* pResp);
-/** Sets a LED's value. */
+/** Sets an LED's value. */
 status_t ovik_setHWPluginLedValue(unsigned int slot, unsigned int index, unsigned int value,
                                   int* pResp);
-/** Sets how long a LED is lit when it blinks. */
+/** Sets how long an LED is lit when it blinks. */
 status_t ovik_setHWPluginLedOnTime(unsigned int slot, unsigned int index, int onTime, int* pResp);
-/** Sets how long a LED is dark when it blinks. */
+/** Sets how long an LED is dark when it blinks. */
 status_t ovik_setHWPluginLedOffTime(unsigned int slot, unsigned int index, int offTime, int* pResp);
-/** Lights a LED once, with the value 1, for @p time. */
+/** Lights an LED once, with the value 1, for @p time. */
 status_t ovik_setHWPluginLedFlash(unsigned int slot, unsigned int index, int time, int* pResp);
-/** Has a LED blink, with the value 1. */
+/** Has an LED blink, with the value 1. */
 status_t ovik_setHWPluginLedBlink(unsigned int slot, unsigned int index, int onTime, int offTime,
                                   int* pResp);
 
