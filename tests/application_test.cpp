@@ -57,6 +57,13 @@ TEST_F(Application, StartsWithoutABackend)
     EXPECT_EQ(takeDiagnostics(), Texts()) << "no bus is asked";
 }
 
+TEST_F(Application, WithoutABackendTextsAndBytesAreEmpty)
+{
+    EXPECT_EQ(app.getVolatileParameter("k").value, QString(""));
+    EXPECT_EQ(app.getStorageInfoJson("n").value, QByteArray(""));
+    EXPECT_EQ(app.seepromRead(0, 1).value, QByteArray(""));
+}
+
 TEST_F(Application, TheRecordsAreMetatypesOfTheirNames)
 {
     EXPECT_NE(QMetaType::type("systemInfo"), QMetaType::UnknownType);
