@@ -30,16 +30,33 @@ volatile sig_atomic_t resized = 0;
 volatile sig_atomic_t interrupted = 0;
 sigset_t waitingMask; ///< of signals that are blocked while waiting
 
-void onEnding(int number) { ending = number; }
-void onResize(int) { resized = 1; }
-void onInterrupt(int) { interrupted = 1; }
+volatile sig_atomic_t lineProcess = 0; ///< of the line that runs, or 0
 
-constexpr std::pair<int, void (*)(int)> handlers[] = {
-    {SIGINT, onInterrupt},
-    {SIGCONT, onInterrupt}, // the terminal is to be set up again
-    {SIGTERM, onEnding},
-    {SIGHUP, onEnding},
-    {SIGWINCH, onResize}};
+/// To a process that the terminal's own signal was too early for, or that gets none of it.
+void passOn(int number)
+{
+    if (lineProcess > 0)
+        kill(lineProcess, number);
+}
+
+void onEnding(int number)
+{
+    ending = number;
+    passOn(SIGTERM);
+}
+void onInterrupt(int)
+{
+    interrupted = 1;
+    passOn(SIGINT);
+}
+void onContinue(int) { interrupted = 1; } // the terminal is to be set up again
+void onResize(int) { resized = 1; }
+
+constexpr std::pair<int, void (*)(int)> handlers[] = {{SIGINT, onInterrupt},
+                                                      {SIGCONT, onContinue},
+                                                      {SIGTERM, onEnding},
+                                                      {SIGHUP, onEnding},
+                                                      {SIGWINCH, onResize}};
 
 void handleSignals()
 {
@@ -95,14 +112,14 @@ int runLine(const Settings& settings, const std::string& line)
     const pid_t child = fork();
     if (child == 0)
         runInChild(settings, line);
+    lineProcess = child;
     sigset_t blocked;
     sigprocmask(SIG_SETMASK, &waitingMask, &blocked);
     int status = 0;
     while (waitpid(child, &status, 0) == -1 && errno == EINTR) {
-        if (ending)
-            kill(child, SIGTERM);
     }
     sigprocmask(SIG_SETMASK, &blocked, nullptr);
+    lineProcess = 0;
     if (WIFSIGNALED(status))
         putchar('\n');
     return WIFEXITED(status) ? WEXITSTATUS(status) : wrongUsage;
