@@ -19,7 +19,7 @@ bin=${OVIK_BUILD_DIR:-build}/bin
 socket=/tmp/ovik_server.socket
 lock=/tmp/ovik_server.test-$(id -u).lock
 lock_patience=600
-patience=20
+patience=60
 
 dir=''         # for the bus and for the programs' output
 declare -A pids # of what has been started, by name
@@ -80,6 +80,11 @@ await() {
 
 clean_up() {
     trap '' INT TERM HUP
+    local pid
+    # What the signal came right behind the start of has no name yet.
+    for pid in $(jobs -p); do
+        [[ " ${pids[*]} " == *" $pid "* ]] || { kill "$pid" && wait "$pid"; } 2>/dev/null || true
+    done
     stop attended
     # Only a quit makes the server remove its socket.
     if [ -n "${pids[server]:-}" ]; then
