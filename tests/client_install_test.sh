@@ -34,7 +34,8 @@ says() {
     local output
     output=$("$2" 2>&1) || true # a failure, too, is told
     grep -qx -e 'no service listens at the socket' -e 'brightness [0-9]*' -e 'refused: .*' \
-        -e 'no answer in time: .*' <<<"$output" || fail "$1 says: $output"
+        -e 'no answer in time: .*' -e 'the service closed the connection' \
+        -e 'this user may not use the socket' <<<"$output" || fail "$1 says: $output"
 }
 
 # shellcheck disable=SC2046,SC2086 # of several words

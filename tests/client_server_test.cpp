@@ -275,7 +275,7 @@ TEST(Times, ABatchOf20ReadsTakesOneIdleSleepAnd20PlatformCalls)
     };
     bool good = false;
     // On a loaded machine a single measurement tells nothing, so the best of a few counts.
-    for (int i = 0; i < 10 && !good; ++i) {
+    for (int i = 0; i < 20 && !good; ++i) {
         const double calls = median(21, [&] {
             const auto start = Clock::now();
             for (int j = 0; j < reads; ++j)
@@ -296,7 +296,8 @@ TEST(Times, ABatchOf20ReadsTakesOneIdleSleepAnd20PlatformCalls)
         });
         printf("20 calls %.2f ms, 20 requests %.2f ms, a batch of 20 %.2f ms, ratio %.1f\n", calls,
                singles, batch, singles / batch);
-        good = singles / batch > 8 && batch <= idleSleep + calls + ownWork;
+        // Without the platform's part, which on a loaded machine is more than all the sleeps.
+        good = singles - calls > 8 * (batch - calls) && batch <= idleSleep + calls + ownWork;
     }
     EXPECT_TRUE(good);
     ovik_shutdown();

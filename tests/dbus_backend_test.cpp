@@ -259,7 +259,7 @@ TEST_F(DbusBackend, OnlyADenialOfTheServiceMakesAnObjectMissing)
         EXPECT_TRUE(backend.init()) << situation;
         EXPECT_EQ(backend.buzzerProxy() != nullptr, there) << situation;
         const auto took = std::chrono::steady_clock::now() - start;
-        EXPECT_LT(took, patienceFactor * 2500ms) << situation;
+        EXPECT_LT(took, patienceFactor * 10s) << situation; // and not the 25 s of a call
         if (std::string(situation) == "no answer within a second") {
             EXPECT_GE(took, 900ms);
         }

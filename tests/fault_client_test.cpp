@@ -393,8 +393,10 @@ TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
         const auto start = Clock::now();
         server.start();
         best = std::min(best, timeToAGoodAnswer(start));
-        EXPECT_EQ(server.process().output(), "RETRY: Unlinking server at /tmp/ovik_server.socket\n"
-                                             "unlink returned 0\n");
+        // Behind it, of the requests that came before the platform was found, if any.
+        const std::string retry =
+            "RETRY: Unlinking server at /tmp/ovik_server.socket\nunlink returned 0\n";
+        EXPECT_EQ(server.process().output().substr(0, retry.size()), retry);
     }
     expectWithin(1000, best);
 }

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 
 #include <sstream>
 #include <unistd.h>
@@ -75,6 +76,8 @@ TEST_F(FaultRetry, OnABusWithoutTheService)
 TEST_F(FaultRetry, WithoutABus)
 {
     theBus().stop();
+    // The connection that the whole process shares is told of it by Qt's own thread.
+    ASSERT_TRUE(waitUntil([] { return !QDBusConnection::systemBus().isConnected(); }));
     expectTriesLeaveNothingBehind("dbus-debug connection failed", {});
     theBus().start();
 }

@@ -29,10 +29,13 @@ Words badLines(const Ran& result)
     return lines;
 }
 
-Ran doctor(const std::string& path, const Words& prefix = {})
+Ran doctor(const std::string& path, const Words& prefix = {}, const std::string& timeout = "10")
 {
-    return run({"doctor", "--timeout", "0.5", "--socket", path}, prefix);
+    return run({"doctor", "--timeout", timeout, "--socket", path}, prefix);
 }
+
+/// Where the time-out is waited for.
+Ran impatientDoctor(const std::string& path) { return doctor(path, {}, "0.5"); }
 
 /// A socket that nobody listens at.
 void leaveSocket(const std::string& path)
@@ -113,7 +116,7 @@ TEST(OvikctlDoctor, FindsThatTheQueueIsFull)
 {
     ScriptedPeer peer([](ScriptedPeer&) {}, SOCK_SEQPACKET, 0);
     const Client first(peer.path()); // all that a queue of that length holds
-    const Ran result = doctor(peer.path());
+    const Ran result = impatientDoctor(peer.path());
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(badLines(result), Words{"queue: 20 clients wait for the service already; end those "
                                       "that are not needed"});
@@ -191,7 +194,7 @@ TEST(OvikctlDoctor, FindsThatAnotherClientIsServed)
     Server server;
     Client other(serverSocket);
     EXPECT_EQ(other.request("getBrightness"), "-1");
-    const Ran result = doctor(serverSocket);
+    const Ran result = impatientDoctor(serverSocket);
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(badLines(result),
               Words{"service: no answer: it serves another client, one at a time, or waits for the "

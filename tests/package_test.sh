@@ -12,7 +12,9 @@ skip() {
     exit 77
 }
 [ "$(id -u)" -eq 0 ] || skip "only root can run a system in a folder"
-unshare --mount --pid --fork --uts --ipc --cgroup true || skip "no namespaces here"
+unshare --mount --pid --fork --uts --ipc --cgroup sh -c \
+    'mount -t tmpfs tmpfs /mnt && mount -t proc proc /mnt && mount -t cgroup2 cgroup2 /mnt' ||
+    skip "no namespaces here, or nothing may be mounted in them"
 
 cd "$source_dir"
 # shellcheck source=scripts/setup.sh

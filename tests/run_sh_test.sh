@@ -63,10 +63,12 @@ run_sh_that_locks() { (as_lock_holder env -u OVIK_LOCK_HELD "$run" </dev/null); 
 same() { [ "$1" = "$2" ]; }
 prints() { grep -qF -- "$1" "$work/out"; }
 complains() { grep -qF -- "$1" "$work/err"; }
+# Before that, the terminal is not yet the editor's, and a Ctrl-D is lost.
+prompts_again() { [ "$(tail -c 9 "$work/out")" = 'ovikctl> ' ]; }
 nothing_runs() { ! grep -qsz "^$mark\$" /proc/[0-9]*/environ; }
 
 nothing_is_left() {
-    check "no process is left" nothing_runs
+    check "no process is left" await nothing_runs
     check "no file is left" same "$(ls -A "$work/tmp")" ''
     check "no socket is left" test ! -e "$socket"
 }
@@ -171,6 +173,7 @@ ctrl_c_at_a_terminal() {
     printf 'setBuzzerMode;7\003' >&5
     echo 'getBuzzerMode;' >&5
     check "clears the line" await prints 'getBuzzerMode; -> 0 1'
+    check "prompts again" await prompts_again
     printf '\004' >&5
     close_terminal 0
 }

@@ -24,7 +24,7 @@ TEST(Slow, AScanWithoutOutcomeTimesOutAndTheNextCommandWaitsInItsPlace)
     auto start = Clock::now();
     EXPECT_EQ(client.request("serviceCommand;wifi;scan;{}", patienceFactor * 90s), "-9");
     EXPECT_GE(Clock::now() - start, 60s);
-    EXPECT_LT(Clock::now() - start, 60s + patienceFactor * 5s);
+    EXPECT_LT(Clock::now() - start, 60s + patienceFactor * 20s);
     EXPECT_EQ(server.process().newOutput(), "OVIK_SERVER: serviceCommand error timeout\n");
 
     // The time-out left the flag set: a command of any kind now waits, and times out as well.

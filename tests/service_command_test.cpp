@@ -44,17 +44,17 @@ protected:
 
 TEST_F(ServiceCommand, AScanIsAnsweredWithItsOutcomeInStepsOfHalfASecond)
 {
-    Clock::duration best = 1h;
-    for (int round = 0; round < 5 && best > 1900ms; ++round) {
+    bool inSteps = false;
+    for (int round = 0; round < 5 && !inSteps; ++round) {
         const auto start = Clock::now();
         sendAndWaitForCall("serviceCommand;wifi;scan;{}");
         std::this_thread::sleep_until(start + 1200ms);
         platform.emitCommandResult("wifi", "scan", "{\"networks\": []}");
         EXPECT_EQ(client->receive(), "0 4;wifi;scan;{\"networks\": []}");
-        EXPECT_GE(Clock::now() - start, 1500ms);
-        best = std::min(best, Clock::now() - start);
+        const auto took = Clock::now() - start;
+        inSteps = took >= 1500ms && took <= 1900ms;
     }
-    EXPECT_LE(best, 1900ms) << "three sleeps and not four";
+    EXPECT_TRUE(inSteps) << "three sleeps, not two and not four";
 }
 
 TEST_F(ServiceCommand, AScanMakesItsCall)
@@ -97,7 +97,9 @@ TEST_F(ServiceCommand, AnyOtherCommandIsAnsweredAtOnceAndItsOutcomeIgnored)
     }
     EXPECT_LT(best, 400ms);
     // The ignored outcomes are not taken for a later scan's.
-    EXPECT_EQ(client->request("serviceState;wifi"), "0 3");
+    for (int i = 0; i < 2; ++i) { // they are done with by the application thread's second answer
+        EXPECT_EQ(client->request("serviceState;wifi"), "0 3");
+    }
     sendAndWaitForCall("serviceCommand;wifi;scan;{}");
     platform.emitCommandResult("wifi", "scan", "mine");
     EXPECT_EQ(client->receive(), "0 4;wifi;scan;mine");
@@ -128,9 +130,9 @@ TEST_F(ServiceCommand, AfterAScanWhoseCallFailedTheNextCommandWaitsForAnOutcome)
     const auto start = Clock::now();
     sendAndWaitForCall("serviceCommand;x;y;z");
     std::this_thread::sleep_until(start + 600ms);
+    EXPECT_FALSE(client->receiveBytes(0ms)) << "before the outcome";
     platform.emitCommandResult("wifi", "scan", "late");
     EXPECT_EQ(client->receive(), "0 8");
-    EXPECT_GE(Clock::now() - start, 1000ms);
 }
 
 TEST_F(ServiceCommand, NonAsciiOutcomesAreHandedOverAsLatin1AndReadAsUtf8)

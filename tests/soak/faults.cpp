@@ -259,7 +259,8 @@ void serviceIsKilledAmidRequests(Scene& s)
         s.traffic.checkText(message, answer->substr(0, answer->size() - 1), sent);
     }
     client.disconnect();
-    s.restartPanel(); // whether it was told more than was answered is not known
+    s.model.serviceStarts(); // the one that may have waited for an outcome is gone
+    s.restartPanel();        // whether it was told more than was answered is not known
     startAgain(s);
     s.waitForAdoption();
 }

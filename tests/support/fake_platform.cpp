@@ -2,6 +2,7 @@
 
 #include "tests/support/process.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
@@ -214,6 +215,17 @@ std::map<std::string, std::string> FakePlatform::wholePanel()
     };
 }
 
+namespace
+{
+/// Who had it may have gone without the bus having noticed.
+void own(sd_bus* bus)
+{
+    int result = 0;
+    waitUntil([&] { return (result = sd_bus_request_name(bus, serviceName, 0)) != -EEXIST; });
+    check(result, "sd_bus_request_name");
+}
+} // namespace
+
 FakePlatform::FakePlatform(std::map<std::string, std::string> objects, bool ownNameAtOnce)
     : m_objects(std::move(objects)), m_wakeup(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
@@ -223,7 +235,7 @@ FakePlatform::FakePlatform(std::map<std::string, std::string> objects, bool ownN
     check(sd_bus_add_filter(m_bus, nullptr, onMessage, this), "sd_bus_add_filter");
     check(sd_bus_start(m_bus), "sd_bus_start");
     if (ownNameAtOnce)
-        check(sd_bus_request_name(m_bus, serviceName, 0), "sd_bus_request_name");
+        own(m_bus);
     m_thread = std::thread(&FakePlatform::run, this);
 }
 
@@ -231,6 +243,8 @@ FakePlatform::~FakePlatform()
 {
     onThread([this] { m_stop = true; });
     m_thread.join();
+    // Closing alone would leave the bus to find out later: until then the name has an owner.
+    sd_bus_release_name(m_bus, serviceName);
     sd_bus_flush_close_unref(m_bus);
     close(m_wakeup);
 }
@@ -381,7 +395,7 @@ void FakePlatform::emitCommandResult(const std::function<void(sd_bus_message*)>&
 
 void FakePlatform::ownName()
 {
-    onThread([this] { check(sd_bus_request_name(m_bus, serviceName, 0), "request name"); });
+    onThread([this] { own(m_bus); });
 }
 
 void FakePlatform::releaseName()

@@ -23,9 +23,10 @@ long statusField(pid_t pid, const std::string& name);
 Footprint footprintOf(pid_t pid);
 
 /**
- * True when the descriptors and threads are those of @p before, and the memory too but for
- * @p memorySlack KiB, which an allocator needs to settle. Memory does not count in a sanitized
- * build: a sanitizer keeps what is freed for a while.
+ * True when there are no more descriptors and threads than @p before, and no more memory but for
+ * @p memorySlack KiB, which an allocator needs to settle. Fewer is well: one that was just going
+ * may have been counted before. Memory does not count in a sanitized build: a sanitizer keeps what
+ * is freed for a while.
  */
 bool isBackAt(const Footprint& before, const Footprint& now, long memorySlack);
 

@@ -4,21 +4,25 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <map>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound)
 {
     const auto deadline = std::chrono::steady_clock::now() + bound;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
+    for (;;) {
+        const bool isLast = std::chrono::steady_clock::now() > deadline; // it may take its time
+        if (condition())
+            return true;
+        if (isLast)
             return false;
         std::this_thread::sleep_for(1ms);
     }
-    return true;
 }
 
 double millisecondsSince(std::chrono::steady_clock::time_point start)
@@ -50,6 +54,39 @@ std::vector<std::string> commandOf(const std::string& path,
     return words;
 }
 
+ProgramStart::ProgramStart(std::vector<std::string> command,
+                           const std::vector<std::string>& environment)
+    : m_words(std::move(command))
+{
+    std::map<std::string, std::string> byName;
+    const auto set = [&](const std::string& variable) {
+        byName[variable.substr(0, variable.find('='))] = variable;
+    };
+    for (char** variable = environ; *variable; ++variable)
+        set(*variable);
+    set("LC_ALL=C.UTF-8");
+    for (const char* name :
+         {"LANGUAGE", "NO_COLOR", "QDBUS_DEBUG", "QT_LOGGING_RULES", "QT_MESSAGE_PATTERN"})
+        byName.erase(name);
+    for (const std::string& variable : environment)
+        set(variable);
+
+    for (const auto& variable : byName)
+        m_variables.push_back(variable.second);
+    for (std::string& word : m_words)
+        m_argv.push_back(word.data());
+    m_argv.push_back(nullptr);
+    for (std::string& variable : m_variables)
+        m_envp.push_back(variable.data());
+    m_envp.push_back(nullptr);
+}
+
+void ProgramStart::execute() const
+{
+    execvpe(m_argv[0], m_argv.data(), m_envp.data());
+    _exit(127);
+}
+
 namespace
 {
 /// A pipe whose ends no other child inherits; its reading end does not block.
@@ -69,21 +106,14 @@ Process::Process(const std::vector<std::string>& command,
     makePipe(out);
     makePipe(err);
 
-    std::vector<char*> argv;
-    for (const std::string& word : command)
-        argv.push_back(const_cast<char*>(word.c_str()));
-    argv.push_back(nullptr);
-
+    const ProgramStart program(command, environment);
     m_pid = fork();
     if (m_pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no child behind
         ::signal(SIGPIPE, SIG_DFL);       // whatever this program was started with
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
-        for (const std::string& variable : environment)
-            putenv(const_cast<char*>(variable.c_str()));
-        execvp(argv[0], argv.data());
-        _exit(127);
+        program.execute();
     }
     close(out[1]);
     close(err[1]);

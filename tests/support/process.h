@@ -57,6 +57,27 @@ private:
 std::vector<std::string> commandOf(const std::string& path,
                                    const std::vector<std::string>& arguments = {});
 
+/// A program's words and environment, made up before a fork: behind one, a process that had several
+/// threads cannot rely on memory being given out.
+class ProgramStart
+{
+public:
+    /// @p environment adds to this program's, of which is left out what changes the words that
+    /// others say.
+    ProgramStart(std::vector<std::string> command, const std::vector<std::string>& environment);
+    ProgramStart(const ProgramStart&) = delete;
+    ProgramStart& operator=(const ProgramStart&) = delete;
+
+    /// Replaces the calling process. Exit status 127: there is no such program.
+    [[noreturn]] void execute() const;
+
+private:
+    std::vector<std::string> m_words;
+    std::vector<std::string> m_variables;
+    std::vector<char*> m_argv;
+    std::vector<char*> m_envp;
+};
+
 /// A child process whose standard output and error are collected. It ends with this object.
 class Process
 {

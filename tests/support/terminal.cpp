@@ -12,22 +12,16 @@
 Terminal::Terminal(const std::vector<std::string>& command,
                    const std::vector<std::string>& environment)
 {
-    std::vector<char*> argv;
-    for (const std::string& word : command)
-        argv.push_back(const_cast<char*>(word.c_str()));
-    argv.push_back(nullptr);
-
+    std::vector<std::string> variables = {"TERM=xterm"};
+    variables.insert(variables.end(), environment.begin(), environment.end());
+    const ProgramStart program(command, variables);
     winsize size = {};
     size.ws_row = 40;
     size.ws_col = 100;
     m_pid = forkpty(&m_master, nullptr, nullptr, &size);
     if (m_pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no child behind
-        setenv("TERM", "xterm", 1);
-        for (const std::string& variable : environment)
-            putenv(const_cast<char*>(variable.c_str()));
-        execvp(argv[0], argv.data());
-        _exit(127);
+        program.execute();
     }
     if (m_pid == -1)
         throw std::runtime_error("cannot start " + command.front());
