@@ -5,6 +5,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <memory>
 #include <sstream>
 #include <unistd.h>
 
@@ -45,11 +46,23 @@ struct Meter {
     }
 };
 
+/// A server to compare with, at a socket in @p dir.
+std::unique_ptr<Process> startOther(const char* program, const TempDir& dir)
+{
+    auto process = std::make_unique<Process>(std::vector<std::string>{program, dir.path("socket")});
+    if (!process->waitForOutput("ready"))
+        throw std::runtime_error(std::string(program) + ": " + process->errors());
+    return process;
+}
+
 void measurePipelined(Report& report, const Effort& effort, pid_t server)
 {
     constexpr int many = 2000;
     constexpr int some = 1000;
+    const TempDir dir;
+    const auto leastServer = startOther(OVIK_BENCH_SERVER_PATH, dir);
     Service service;
+    Service least(dir.path("socket"));
     QtProgram qt;
     SdBusProgram sdBus;
     QObject elsewhere;
@@ -70,6 +83,7 @@ void measurePipelined(Report& report, const Effort& effort, pid_t server)
                                                       &elsewhere, [&] { qt.getBrightness(); },
                                                       Qt::BlockingQueuedConnection);
                                               }),
+                                     batches(least, same("getBrightness", many)),
                                  });
     thread.quit();
     thread.wait();
@@ -78,6 +92,8 @@ void measurePipelined(Report& report, const Effort& effort, pid_t server)
                rates(took[0], took[1]), Goal::AtLeast, 0.8);
     report.row("rate of a batch of 2000", "the same, each handed over to another thread",
                quotients(took[4], took[0]), rates(took[0], took[4]));
+    report.row("rate of a batch of 2000", "the least server with such a hand-over",
+               quotients(took[5], took[0]), rates(took[0], took[5]));
     report.row("rate of a batch of 2000", "blocking sd-bus calls", quotients(took[2], took[0]),
                rates(took[0], took[2]));
     report.row("rate of a batch of 2000", "a busctl process each", quotients(took[3], took[0]),
@@ -148,15 +164,13 @@ void measureUnknownWord(Report& report, const Effort& effort, pid_t server)
     // A word that is none, and its answer: so the same client code talks to both.
     constexpr const char* word = "-8";
     constexpr int many = 20000;
-    TempDir dir;
-    Process echo({OVIK_BENCH_ECHO_PATH, dir.path("echo")});
-    if (!echo.waitForOutput("ready"))
-        throw std::runtime_error("no echo: " + echo.errors());
+    const TempDir dir;
+    const auto echo = startOther(OVIK_BENCH_ECHO_PATH, dir);
     Service service;
-    Service plain(dir.path("echo"));
+    Service plain(dir.path("socket"));
     const auto requests = same(word, many);
     Meter ours{server};
-    Meter others{echo.pid()};
+    Meter others{echo->pid()};
     const auto took =
         interleave(effort.rounds(50), {
                                           ours.on(batches(service, requests, OVIK_NOT_RUN), many),
