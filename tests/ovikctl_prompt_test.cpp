@@ -340,6 +340,18 @@ TEST_F(Prompt, GivesUpARequestThatWaitsWithCtrlC)
     EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
 }
 
+TEST_F(Prompt, PassesOnAnInterruptThatARequestsProcessDidNotGet)
+{
+    Client other(serverSocket);
+    EXPECT_EQ(other.request("getBrightness"), "0 75");
+    const auto terminal = open();
+    terminal->type("getBuzzerMode\n");
+    EXPECT_TRUE(terminal->shows("getBuzzerMode\r\n"));
+    EXPECT_TRUE(waitUntil([&] { return terminal->isPlain(); }));
+    kill(terminal->pid(), SIGINT); // as a Ctrl-C does before that process is there
+    EXPECT_TRUE(terminal->shows(prompt));
+}
+
 TEST_F(Prompt, LeavesThePlainTerminalWhenASignalEndsIt)
 {
     for (const int number : {SIGTERM, SIGHUP}) {
