@@ -324,39 +324,61 @@ TEST_F(Prompt, ClearsTheLineWithCtrlC)
               Words{"/Backlight com.wenu.OVIK.Backlight.getBrightness()"});
 }
 
-TEST_F(Prompt, GivesUpARequestThatWaitsWithCtrlC)
-{
-    Client other(serverSocket);
-    EXPECT_EQ(other.request("getBrightness"), "0 75");
-    const auto terminal = open();
-    terminal->type("getBuzzerMode\n");
-    EXPECT_TRUE(terminal->shows("getBuzzerMode\r\n"));
-    // Its own process waits, once it is there.
-    EXPECT_TRUE(waitUntil([&] { return terminal->isPlain(); }));
-    terminal->type(keys::ctrlC);
-    EXPECT_TRUE(terminal->shows(prompt));
-    other.disconnect();
-    terminal->type("getBrightness\n");
-    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
-}
-
-TEST_F(Prompt, PassesOnAnInterruptThatARequestsProcessDidNotGet)
-{
-    Client other(serverSocket);
-    EXPECT_EQ(other.request("getBrightness"), "0 75");
-    const auto terminal = open();
-    terminal->type("getBuzzerMode\n");
-    EXPECT_TRUE(terminal->shows("getBuzzerMode\r\n"));
-    EXPECT_TRUE(waitUntil([&] { return terminal->isPlain(); }));
-    kill(terminal->pid(), SIGINT); // as a Ctrl-C does before that process is there
-    EXPECT_TRUE(terminal->shows(prompt));
-}
-
 TEST_F(Prompt, LeavesThePlainTerminalWhenASignalEndsIt)
 {
     for (const int number : {SIGTERM, SIGHUP}) {
         const auto terminal = open();
         EXPECT_TRUE(waitUntil([&] { return !terminal->isPlain(); }));
+        kill(terminal->pid(), number);
+        EXPECT_EQ(terminal->wait(), 128 + number);
+        EXPECT_TRUE(terminal->isPlain());
+    }
+}
+
+class WaitingPrompt : public Prompt
+{
+protected:
+    void SetUp() override
+    {
+        Prompt::SetUp();
+        other = std::make_unique<Client>(serverSocket);
+        ASSERT_EQ(other->request("getBrightness"), "0 75");
+    }
+
+    /// A prompt at a request that waits for its turn; its own process does, once it is there.
+    std::unique_ptr<Terminal> openAtARequest()
+    {
+        auto terminal = open();
+        terminal->type("getBuzzerMode\n");
+        EXPECT_TRUE(terminal->shows("getBuzzerMode\r\n"));
+        EXPECT_TRUE(waitUntil([&] { return terminal->isPlain(); }));
+        return terminal;
+    }
+
+    std::unique_ptr<Client> other;
+};
+
+TEST_F(WaitingPrompt, GivesUpTheRequestWithCtrlC)
+{
+    const auto terminal = openAtARequest();
+    terminal->type(keys::ctrlC);
+    EXPECT_TRUE(terminal->shows(prompt));
+    other->disconnect();
+    terminal->type("getBrightness\n");
+    EXPECT_TRUE(terminal->shows("\r\n75\r\n"));
+}
+
+TEST_F(WaitingPrompt, PassesOnAnInterruptThatTheProcessDidNotGet)
+{
+    const auto terminal = openAtARequest();
+    kill(terminal->pid(), SIGINT); // as a Ctrl-C does before that process is there
+    EXPECT_TRUE(terminal->shows(prompt));
+}
+
+TEST_F(WaitingPrompt, EndsTheRequestWhenASignalEndsIt)
+{
+    for (const int number : {SIGTERM, SIGHUP}) {
+        const auto terminal = openAtARequest();
         kill(terminal->pid(), number);
         EXPECT_EQ(terminal->wait(), 128 + number);
         EXPECT_TRUE(terminal->isPlain());

@@ -28,9 +28,8 @@ namespace
 volatile sig_atomic_t ending = 0; ///< the signal that ends the prompt
 volatile sig_atomic_t resized = 0;
 volatile sig_atomic_t interrupted = 0;
-sigset_t waitingMask; ///< of signals that are blocked while waiting
-
 volatile sig_atomic_t lineProcess = 0; ///< of the line that runs, or 0
+sigset_t waitingMask;                  ///< of signals that are blocked while waiting
 
 /// To a process that the terminal's own signal was too early for, or that gets none of it.
 void passOn(int number)

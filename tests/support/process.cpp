@@ -16,7 +16,8 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
 {
     const auto deadline = std::chrono::steady_clock::now() + bound;
     for (;;) {
-        const bool isLast = std::chrono::steady_clock::now() > deadline; // it may take its time
+        const bool isLast =
+            std::chrono::steady_clock::now() > deadline; // starved meanwhile, it looks again
         if (condition())
             return true;
         if (isLast)
