@@ -7,8 +7,11 @@ class BacklightProxyDbus : public DbusProxy<IBacklightProxy, ComWenuOVIKBackligh
 {
     Q_OBJECT
 public:
-    explicit BacklightProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/Backlight"), connection)
+    static QString path() { return QStringLiteral("/Backlight"); }
+
+    explicit BacklightProxyDbus(QDBusConnection& connection,
+                                const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

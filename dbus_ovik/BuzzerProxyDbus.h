@@ -7,8 +7,10 @@ class BuzzerProxyDbus : public DbusProxy<IBuzzerProxy, ComWenuOVIKBuzzerInterfac
 {
     Q_OBJECT
 public:
-    explicit BuzzerProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/Buzzer"), connection)
+    static QString path() { return QStringLiteral("/Buzzer"); }
+
+    explicit BuzzerProxyDbus(QDBusConnection& connection, const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

@@ -11,16 +11,20 @@ class HWPluginInstanceProxyDbus : public IHWPluginInstanceProxy
 
 public:
     /// @param slot 0 to 9: the path has room for one digit.
-    HWPluginInstanceProxyDbus(QDBusConnection& connection, int slot)
-        : m_dbusPath(QStringLiteral("/HWPlugin/") + QChar('0' + slot)),
-          m_dbusObject(makeClient<Client>(m_dbusPath, connection))
+    static QString path(int slot) { return QStringLiteral("/HWPlugin/") + QChar('0' + slot); }
+    static QString ledsPath(int slot) { return path(slot) + QStringLiteral("/Leds"); }
+    static QString sensorsPath(int slot) { return path(slot) + QStringLiteral("/Sensors"); }
+
+    HWPluginInstanceProxyDbus(QDBusConnection& connection, int slot,
+                              const PlatformIntrospection& known = {})
+        : m_dbusPath(path(slot)), m_dbusObject(makeClient<Client>(m_dbusPath, connection, known))
     {
         if (!m_dbusObject)
             return;
         m_slot = slot;
-        m_dbusLedsObject = new PluginLedsProxyDbus(&connection, this, m_dbusPath + "/Leds");
+        m_dbusLedsObject = new PluginLedsProxyDbus(&connection, this, ledsPath(slot), known);
         m_dbusSensorsObject =
-            new PluginSensorsProxyDbus(&connection, this, m_dbusPath + "/Sensors");
+            new PluginSensorsProxyDbus(&connection, this, sensorsPath(slot), known);
     }
 
     bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }

@@ -7,8 +7,10 @@ class MainOsProxyDbus : public DbusProxy<IMainOsProxy, ComWenuOVIKPartitionInfoI
 {
     Q_OBJECT
 public:
-    explicit MainOsProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/MainOSInfo"), connection)
+    static QString path() { return QStringLiteral("/MainOSInfo"); }
+
+    explicit MainOsProxyDbus(QDBusConnection& connection, const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

@@ -8,8 +8,11 @@ class NetworkManagerProxyDbus
 {
     Q_OBJECT
 public:
-    explicit NetworkManagerProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/NetworkManager"), connection)
+    static QString path() { return QStringLiteral("/NetworkManager"); }
+
+    explicit NetworkManagerProxyDbus(QDBusConnection& connection,
+                                     const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

@@ -2,6 +2,7 @@
 
 #include "IProxy/ovik_status.h"
 #include "dbus_ovik/OVIKDBusRecords.h"
+#include "dbus_ovik/PlatformIntrospection.h"
 
 // Generated from interfaces/*.xml at build time.
 #include "ComWenuOVIKBacklightInterface.h"
@@ -48,22 +49,21 @@ public Q_SLOTS:
     virtual QDBusPendingReply<QString> getAllVolatileParametersJSON();
 };
 
-/**
- * True when the service is on the bus and does not deny having the client's object and interface.
- *
- * QDBusAbstractInterface::isValid() is true for any path and interface of a name that has an owner,
- * so the object is asked for its introspection. An answer that does not list the interface, or an
- * error that says that there is no such object or interface, is a denial. Any other outcome within
- * the second that this waits tells nothing, and the object counts as there.
- */
-bool isPresent(const QDBusAbstractInterface& client);
+/// True when the client's service has an owner that does not deny its object and interface.
+bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection& known = {});
 
-/// The client of the service's object at @p path, or null when that is not present.
+/**
+ * The client of the service's object at @p path, or null when that is not present: when the service
+ * has no owner, or denies the object.
+ *
+ * @param known what the platform has answered already; an object not asked so far is asked now.
+ */
 template <class Client>
-std::unique_ptr<Client> makeClient(const QString& path, const QDBusConnection& connection)
+std::unique_ptr<Client> makeClient(const QString& path, const QDBusConnection& connection,
+                                   const PlatformIntrospection& known)
 {
     auto client = std::make_unique<Client>(ovikServiceName(), path, connection, nullptr);
-    if (!isPresent(*client))
+    if (!isPresent(*client, known))
         client.reset();
     return client;
 }
@@ -133,8 +133,9 @@ public:
 protected:
     using Client = ClientClass;
 
-    DbusProxy(const QString& path, const QDBusConnection& connection)
-        : m_dbusObject(makeClient<Client>(path, connection))
+    DbusProxy(const QString& path, const QDBusConnection& connection,
+              const PlatformIntrospection& known)
+        : m_dbusObject(makeClient<Client>(path, connection, known))
     {
     }
 

@@ -19,7 +19,31 @@
 namespace
 {
 constexpr int pluginSlots = 4;
+
+/// Every object that a proxy is made for.
+QStringList objectPaths()
+{
+    QStringList paths = {BuzzerProxyDbus::path(),         BacklightProxyDbus::path(),
+                         SystemInfoProxyDbus::path(),     SeepromProxyDbus::path(),
+                         OvikProxyDbus::path(),           MainOsProxyDbus::path(),
+                         StorageManagerProxyDbus::path(), SysStatProxyDbus::path(),
+                         NetworkManagerProxyDbus::path(), ServiceManagerProxyDbus::path()};
+    for (int slot = 0; slot < pluginSlots; ++slot)
+        paths << HWPluginInstanceProxyDbus::path(slot) << HWPluginInstanceProxyDbus::ledsPath(slot)
+              << HWPluginInstanceProxyDbus::sensorsPath(slot);
+    return paths;
 }
+
+/// The unique name of the platform's connection; empty without one.
+QString platformOwner(const QDBusConnection& connection)
+{
+    auto question = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetNameOwner"));
+    question << ovikServiceName();
+    return QDBusReply<QString>(connection.call(question)).value();
+}
+} // namespace
 
 OVIKInterfaceDbus::OVIKInterfaceDbus()
 {
@@ -42,25 +66,43 @@ bool OVIKInterfaceDbus::init()
 
     m_ovik = std::make_unique<ComWenuOVIKInterface>(ovikServiceName(), QStringLiteral("/"),
                                                     *m_connection, nullptr);
-    if (!m_ovik->isValid()) {
+    if (!m_ovik->isValid() || !createProxies()) {
         // There is no session bus fallback; the wording stays for those who look for it in logs.
         qWarning("Cannot find dbus node in system bus. Fallback to use session bus");
         m_ovik.reset();
         return false;
     }
-
-    m_keeper.create(m_buzzer, "m_buzzer not valid\n", *m_connection);
-    m_keeper.create(m_backlight, "m_backlight not valid\n", *m_connection);
-    findPlugins();
-    m_keeper.create(m_systemInfo, "m_systemInfo not valid\n", *m_connection);
-    m_keeper.create(m_seeprom, "m_seeprom not valid\n", *m_connection);
-    m_keeper.create(m_ovikProxy, "m_ovikProxy not valid\n", *m_connection);
-    m_keeper.create(m_mainOs, "m_mainOs not valid\n", *m_connection);
-    m_keeper.create(m_storageManager, "m_storageManager not valid\n", *m_connection);
-    m_keeper.create(m_sysStat, "m_sysStat not valid\n", *m_connection);
-    m_keeper.create(m_networkManager, "m_networkManager not valid\n", *m_connection);
-    m_keeper.create(m_serviceManager, "m_serviceManager not valid\n", *m_connection);
     return true;
+}
+
+bool OVIKInterfaceDbus::createProxies()
+{
+    const QString owner = platformOwner(*m_connection);
+    const PlatformIntrospection known(*m_connection, objectPaths());
+    // A platform that is frozen or still starting says nothing about what it has.
+    if (owner.isEmpty() || !known.hasAnswered(OvikProxyDbus::path()) ||
+        platformOwner(*m_connection) != owner)
+        return false;
+
+    const int earlierPlugins = m_HWPluginInstances.size();
+    m_keeper.create(m_buzzer, "m_buzzer not valid\n", *m_connection, known);
+    m_keeper.create(m_backlight, "m_backlight not valid\n", *m_connection, known);
+    findPlugins(known);
+    m_keeper.create(m_systemInfo, "m_systemInfo not valid\n", *m_connection, known);
+    m_keeper.create(m_seeprom, "m_seeprom not valid\n", *m_connection, known);
+    m_keeper.create(m_ovikProxy, "m_ovikProxy not valid\n", *m_connection, known);
+    m_keeper.create(m_mainOs, "m_mainOs not valid\n", *m_connection, known);
+    m_keeper.create(m_storageManager, "m_storageManager not valid\n", *m_connection, known);
+    m_keeper.create(m_sysStat, "m_sysStat not valid\n", *m_connection, known);
+    m_keeper.create(m_networkManager, "m_networkManager not valid\n", *m_connection, known);
+    m_keeper.create(m_serviceManager, "m_serviceManager not valid\n", *m_connection, known);
+    if (platformOwner(*m_connection) == owner)
+        return true;
+
+    // What was created after the change may be missing by mistake; the next try creates all anew.
+    while (m_HWPluginInstances.size() > earlierPlugins)
+        delete m_HWPluginInstances.takeLast();
+    return false;
 }
 
 bool OVIKInterfaceDbus::connectToBus()
@@ -85,10 +127,10 @@ bool OVIKInterfaceDbus::connectToBus()
     return m_connection->isConnected();
 }
 
-void OVIKInterfaceDbus::findPlugins()
+void OVIKInterfaceDbus::findPlugins(const PlatformIntrospection& known)
 {
     for (int slot = 0; slot < pluginSlots; ++slot) {
-        auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot);
+        auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot, known);
         // On purpose behind what an earlier init() found: places in the list stay what they are.
         if (instance->isValid())
             m_HWPluginInstances.append(instance.release());

@@ -22,6 +22,7 @@ class ISysStatProxy;
 class MainOsProxyDbus;
 class NetworkManagerProxyDbus;
 class OvikProxyDbus;
+class PlatformIntrospection;
 class SeepromProxyDbus;
 class ServiceManagerProxyDbus;
 class StorageManagerProxyDbus;
@@ -42,13 +43,16 @@ public:
     ~OVIKInterfaceDbus() override;
 
     /**
-     * Connects to the bus and creates the proxies. False when the bus cannot be reached or has no
-     * such service; the next call then opens a connection of its own, because the shared one, once
-     * failed, stays failed for the life of the process.
+     * Connects to the bus, asks all objects at once whether they are present, and creates the
+     * proxies. Takes 5 s at most, unless the bus itself does not answer.
+     *
+     * False when the bus cannot be reached or has no such service, and when the service does not
+     * answer for its base object or changes its owner meanwhile. The next call then opens a
+     * connection of its own, because the shared one, once failed, stays failed for the life of the
+     * process.
      *
      * Also replaces the proxies of an earlier call that found facilities missing. Those stay alive
-     * until releaseReplaced(), as somebody may still hold their pointers; a failing call replaces
-     * none.
+     * until releaseReplaced(), as somebody may still hold their pointers.
      */
     bool init() override;
     bool shutdown() override;
@@ -72,7 +76,8 @@ public:
 
 private:
     bool connectToBus();
-    void findPlugins();
+    bool createProxies();
+    void findPlugins(const PlatformIntrospection& known);
 
     std::unique_ptr<QDBusConnection> m_connection;
     std::unique_ptr<ComWenuOVIKInterface> m_ovik;

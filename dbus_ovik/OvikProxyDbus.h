@@ -7,7 +7,10 @@ class OvikProxyDbus : public DbusProxy<IOvikProxy, ComWenuOVIKInterface>
 {
     Q_OBJECT
 public:
-    explicit OvikProxyDbus(QDBusConnection& connection) : DbusProxy(QStringLiteral("/"), connection)
+    static QString path() { return QStringLiteral("/"); }
+
+    explicit OvikProxyDbus(QDBusConnection& connection, const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

@@ -10,8 +10,9 @@ class PluginLedsProxyDbus : public IPluginLeds
     using Client = ComWenuOVIKPlatformLedsInterface;
 
 public:
-    PluginLedsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path)
-        : IPluginLeds(parent), m_dbusObject(makeClient<Client>(path, *connection))
+    PluginLedsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path,
+                        const PlatformIntrospection& known = {})
+        : IPluginLeds(parent), m_dbusObject(makeClient<Client>(path, *connection, known))
     {
     }
 

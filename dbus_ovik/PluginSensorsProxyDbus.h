@@ -11,8 +11,9 @@ class PluginSensorsProxyDbus : public IPluginSensors
     using Client = ComWenuOVIKPlatformSensorsInterface;
 
 public:
-    PluginSensorsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path)
-        : IPluginSensors(parent), m_dbusObject(makeClient<Client>(path, *connection))
+    PluginSensorsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path,
+                           const PlatformIntrospection& known = {})
+        : IPluginSensors(parent), m_dbusObject(makeClient<Client>(path, *connection, known))
     {
     }
 

@@ -7,8 +7,10 @@ class SeepromProxyDbus : public DbusProxy<ISeepromProxy, ComWenuOVIKI2CSEEPROMIn
 {
     Q_OBJECT
 public:
-    explicit SeepromProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/I2CSEEPROM"), connection)
+    static QString path() { return QStringLiteral("/I2CSEEPROM"); }
+
+    explicit SeepromProxyDbus(QDBusConnection& connection, const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

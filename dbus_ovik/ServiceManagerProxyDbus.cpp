@@ -1,7 +1,8 @@
 #include "dbus_ovik/ServiceManagerProxyDbus.h"
 
-ServiceManagerProxyDbus::ServiceManagerProxyDbus(QDBusConnection& connection)
-    : DbusProxy(QStringLiteral("/ServiceManager"), connection)
+ServiceManagerProxyDbus::ServiceManagerProxyDbus(QDBusConnection& connection,
+                                                 const PlatformIntrospection& known)
+    : DbusProxy(path(), connection, known)
 {
     if (!m_dbusObject)
         return;

@@ -8,7 +8,10 @@ class ServiceManagerProxyDbus
 {
     Q_OBJECT
 public:
-    explicit ServiceManagerProxyDbus(QDBusConnection& connection);
+    static QString path() { return QStringLiteral("/ServiceManager"); }
+
+    explicit ServiceManagerProxyDbus(QDBusConnection& connection,
+                                     const PlatformIntrospection& known = {});
 
 public Q_SLOTS:
     status_t start(const QString& service, int& resp) override

@@ -8,8 +8,11 @@ class StorageManagerProxyDbus
 {
     Q_OBJECT
 public:
-    explicit StorageManagerProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/StorageMgr"), connection)
+    static QString path() { return QStringLiteral("/StorageMgr"); }
+
+    explicit StorageManagerProxyDbus(QDBusConnection& connection,
+                                     const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

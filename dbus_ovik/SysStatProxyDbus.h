@@ -7,8 +7,10 @@ class SysStatProxyDbus : public DbusProxy<ISysStatProxy, ComWenuOVIKSysStatInter
 {
     Q_OBJECT
 public:
-    explicit SysStatProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/SysStat"), connection)
+    static QString path() { return QStringLiteral("/SysStat"); }
+
+    explicit SysStatProxyDbus(QDBusConnection& connection, const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

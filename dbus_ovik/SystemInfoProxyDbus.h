@@ -7,8 +7,11 @@ class SystemInfoProxyDbus : public DbusProxy<ISystemInfoProxy, ComWenuOVIKSystem
 {
     Q_OBJECT
 public:
-    explicit SystemInfoProxyDbus(QDBusConnection& connection)
-        : DbusProxy(QStringLiteral("/SystemInfo"), connection)
+    static QString path() { return QStringLiteral("/SystemInfo"); }
+
+    explicit SystemInfoProxyDbus(QDBusConnection& connection,
+                                 const PlatformIntrospection& known = {})
+        : DbusProxy(path(), connection, known)
     {
     }
 

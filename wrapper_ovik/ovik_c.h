@@ -11,9 +11,9 @@
  * - Threads: any thread may call, except the application thread itself (a result callback runs
  *   there): such a call would wait for itself and is refused with OVIK_NOT_RUN (-8).
  * - Time: calls are served one after the other. With the D-Bus backend, a request that the platform
- *   does not answer takes 25 s. Initialising that backend asks whether the platform's objects are
- *   there, 1 s at most for each of up to 22; a bus that is itself mute can hold it for longer. The
- *   in-process backend takes as long as its library does.
+ *   does not answer takes 25 s. Initialising that backend asks which of the platform's objects are
+ *   present, for 5 s at most; a bus that is itself mute can block it for longer. The in-process
+ *   backend takes as long as its library does.
  * - Result: OVIK_OK (0), or
  *     OVIK_NO_PLATFORM (-1)     no backend is in use, or it lacks the facility;
  *     OVIK_NO_APPLICATION (-3)  not initialised;
@@ -77,8 +77,8 @@ enum ovik_mode {
  *             backend in use and does not make this fail. Ignored when already initialised or
  *             waiting again.
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
- *         OVIK_NO_APPLICATION (-3) when the application did not appear in time, as with a D-Bus
- *         platform that does not answer. It may still appear later: call again to go on waiting.
+ *         OVIK_NO_APPLICATION (-3) when the application did not appear in time, as with a bus
+ *         that does not answer. It may still appear later: call again to go on waiting.
  */
 status_t ovik_init(int mode);
 

@@ -1,0 +1,124 @@
+#include "dbus_ovik/PlatformIntrospection.h"
+
+#include "dbus_ovik/OVIKDBusProxy.h"
+
+#include <QDBusError>
+#include <QDBusPendingCall>
+#include <QXmlStreamReader>
+
+namespace
+{
+constexpr int deadlineMs = 5000;
+
+// Beyond any real object's. Reading a tag takes time by the square of its length.
+constexpr int maxDocumentBytes = 64 * 1024;
+constexpr int maxTagBytes = 8 * 1024;
+
+/// Where what starts at @p begin ends: behind @p end, or at the document's end.
+int endOf(const QByteArray& document, const char* end, int begin)
+{
+    const int found = document.indexOf(end, begin);
+    return found == -1 ? document.size() : found + static_cast<int>(qstrlen(end));
+}
+
+/// The end of the tag at @p begin. A quoted value may contain '>'.
+int endOfTag(const QByteArray& document, int begin)
+{
+    char quote = 0;
+    for (int i = begin; i < document.size(); ++i) {
+        const char c = document[i];
+        if (quote) {
+            if (c == quote)
+                quote = 0;
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (c == '>') {
+            return i + 1;
+        }
+    }
+    return document.size();
+}
+
+bool hasLongTag(const QByteArray& document)
+{
+    for (int begin = document.indexOf('<'); begin != -1;) {
+        const auto isAt = [&](const char* text) {
+            return qstrncmp(document.constData() + begin, text, qstrlen(text)) == 0;
+        };
+        int end = 0;
+        if (isAt("<!--"))
+            end = endOf(document, "-->", begin);
+        else if (isAt("<![CDATA["))
+            end = endOf(document, "]]>", begin);
+        else if (isAt("<?"))
+            end = endOf(document, "?>", begin);
+        else if ((end = endOfTag(document, begin)) - begin > maxTagBytes)
+            return true;
+        begin = document.indexOf('<', end);
+    }
+    return false;
+}
+
+/// True for a well-formed document in which the object does not list @p interface.
+bool isWithout(const QString& interface, const QString& document)
+{
+    const QByteArray bytes = document.toUtf8();
+    if (bytes.size() > maxDocumentBytes || hasLongTag(bytes))
+        return false;
+
+    QXmlStreamReader xml(document);
+    int depth = 0;
+    while (!xml.atEnd()) {
+        switch (xml.readNext()) {
+        case QXmlStreamReader::DTD:
+            // Declarations of the document's own could give its tags any length.
+            if (xml.text().contains('['))
+                return false;
+            break;
+        case QXmlStreamReader::StartElement:
+            // The interfaces of the object itself; those of child nodes do not count.
+            if (++depth == 2 && xml.name() == QLatin1String("interface") &&
+                xml.attributes().value(QLatin1String("name")) == interface)
+                return false;
+            break;
+        case QXmlStreamReader::EndElement:
+            --depth;
+            break;
+        default:
+            break;
+        }
+    }
+    return !xml.hasError();
+}
+} // namespace
+
+PlatformIntrospection::PlatformIntrospection(const QDBusConnection& connection,
+                                             const QStringList& paths)
+{
+    QHash<QString, QDBusPendingCall> calls;
+    for (const QString& path : paths) {
+        const auto introspect = QDBusMessage::createMethodCall(
+            ovikServiceName(), path, QStringLiteral("org.freedesktop.DBus.Introspectable"),
+            QStringLiteral("Introspect"));
+        calls.insert(path, connection.asyncCall(introspect, deadlineMs));
+    }
+    for (auto call = calls.begin(); call != calls.end(); ++call) {
+        call->waitForFinished();
+        m_answers.insert(call.key(), call->reply());
+    }
+}
+
+bool PlatformIntrospection::hasAnswered(const QString& path) const
+{
+    // Qt's own errors, such as that of the deadline, have no sender.
+    return !m_answers.value(path).service().isEmpty();
+}
+
+bool PlatformIntrospection::isDenied(const QString& path, const QString& interface) const
+{
+    const QDBusMessage answer = m_answers.value(path);
+    if (answer.type() == QDBusMessage::ErrorMessage)
+        return QDBusError(answer).type() == QDBusError::UnknownObject;
+    return answer.signature() == QLatin1String("s") &&
+           isWithout(interface, answer.arguments().at(0).toString());
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QHash>
+#include <QStringList>
+
+/**
+ * What the platform's objects answer to Introspect: whether they are present.
+ *
+ * QDBusAbstractInterface::isValid() is true for any path and interface of a name that has an owner,
+ * so the objects themselves are asked.
+ */
+class PlatformIntrospection
+{
+public:
+    /// Asks no object; each is asked by itself when a client is made for it.
+    PlatformIntrospection() = default;
+
+    /// Asks all objects at once and waits for their answers, 5 s at most.
+    PlatformIntrospection(const QDBusConnection& connection, const QStringList& paths);
+
+    bool hasAsked(const QString& path) const { return m_answers.contains(path); }
+
+    /// True when an answer came in time, even if it is an error.
+    bool hasAnswered(const QString& path) const;
+
+    /**
+     * True when the object does not exist, or lists its interfaces without @p interface. Any other
+     * answer, or none, is no evidence: an object that works need not be introspectable.
+     */
+    bool isDenied(const QString& path, const QString& interface) const;
+
+private:
+    QHash<QString, QDBusMessage> m_answers;
+};
