@@ -12,6 +12,16 @@ bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection
                 .isDenied(client.path(), client.interface());
 }
 
+void warnIfBusLost(const QDBusConnection& connection)
+{
+    static QString lost;
+    if (connection.isConnected() || connection.name() == lost)
+        return;
+    lost = connection.name();
+    qWarning("The connection to the system bus is lost, and no platform can be reached: restart "
+             "this service");
+}
+
 bool isTypeMismatch(const QDBusPendingCall& finished)
 {
     return finished.isError() && finished.error().type() == QDBusError::InvalidSignature &&

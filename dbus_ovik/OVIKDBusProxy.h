@@ -76,6 +76,9 @@ std::unique_ptr<Client> makeClient(const QString& path, const QDBusConnection& c
  */
 bool isTypeMismatch(const QDBusPendingCall& finished);
 
+/// Says on standard error, once per connection, that the bus is lost and what to do.
+void warnIfBusLost(const QDBusConnection& connection);
+
 /**
  * Waits for @p reply and takes its first argument into @p value. A reply of an unexpected type
  * gives the default value.
@@ -106,7 +109,10 @@ status_t ask(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Base::
     if (!client)
         return OVIK_NO_PLATFORM;
     QDBusPendingReply<T> reply = (client.get()->*method)(args...);
-    return getReplyValue(reply, resp) ? OVIK_OK : OVIK_REPLY_ERROR;
+    if (getReplyValue(reply, resp))
+        return OVIK_OK;
+    warnIfBusLost(client->connection());
+    return OVIK_REPLY_ERROR;
 }
 
 /**
@@ -120,6 +126,8 @@ T askValue(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Client::
     if (!client)
         return absent;
     const QDBusReply<T> reply = (client.get()->*method)(args...);
+    if (!reply.isValid())
+        warnIfBusLost(client->connection());
     return reply.value();
 }
 

@@ -40,8 +40,10 @@ private:
             data.clear();
             return OVIK_OK;
         }
-        if (reply.isError())
+        if (reply.isError()) {
+            warnIfBusLost(m_dbusObject->connection());
             return OVIK_REPLY_ERROR;
+        }
         resp = qdbus_cast<int>(reply.argumentAt(0));
         data = qdbus_cast<QByteArray>(reply.argumentAt(1));
         return OVIK_OK;

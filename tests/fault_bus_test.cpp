@@ -166,6 +166,10 @@ TEST(FaultBus, ABusThatDiesFailsEveryCommandUntilTheServerIsStartedAgain)
     ASSERT_EQ(client.request("quit"), "0");
     ASSERT_EQ(panel.server.process().wait(), 0);
     EXPECT_TRUE(panel.platform->takeCalls().empty());
+    const std::string& errors = panel.server.process().errors();
+    const size_t line = errors.find("The connection to the system bus is lost");
+    EXPECT_NE(line, std::string::npos);
+    EXPECT_EQ(errors.find("lost", line + 50), std::string::npos) << "once: " << errors;
 
     panel.server.start();
     ASSERT_TRUE(panel.server.waitForPlatform());
