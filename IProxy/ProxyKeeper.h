@@ -18,13 +18,20 @@ public:
     template <class Proxy, class... Args>
     void create(std::unique_ptr<Proxy>& member, const char* warning, Args&... args)
     {
-        if (member)
-            m_replaced.push_back(std::move(member));
+        keep(member);
         member = std::make_unique<Proxy>(args...);
         if (!member->isValid()) {
             qWarning("%s", warning);
             member.reset();
         }
+    }
+
+    /// Takes over the proxy in @p member, if there is one.
+    template <class Proxy>
+    void keep(std::unique_ptr<Proxy>& member)
+    {
+        if (member)
+            m_replaced.push_back(std::move(member));
     }
 
     void release() { m_replaced.clear(); }

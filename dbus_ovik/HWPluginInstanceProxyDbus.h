@@ -29,6 +29,9 @@ public:
 
     bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
+    /// True when the platform had the module, whether it can be reached now or not.
+    bool hasClient() const { return m_dbusObject != nullptr; }
+
     /// The slot that the module sits in; -1 when the service has no such object.
     int getSlot() const { return m_slot; }
 

@@ -4,12 +4,10 @@
 
 bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection& known)
 {
-    if (!client.isValid())
-        return false;
     if (known.hasAsked(client.path()))
         return !known.isDenied(client.path(), client.interface());
-    return !PlatformIntrospection(client.connection(), {client.path()})
-                .isDenied(client.path(), client.interface());
+    return client.isValid() &&
+           isPresent(client, PlatformIntrospection(client.connection(), {client.path()}));
 }
 
 void warnIfBusLost(const QDBusConnection& connection)

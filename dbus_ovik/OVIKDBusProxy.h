@@ -49,15 +49,15 @@ public Q_SLOTS:
     virtual QDBusPendingReply<QString> getAllVolatileParametersJSON();
 };
 
-/// True when the client's service has an owner that does not deny its object and interface.
+/**
+ * True when the client's service does not deny having its object and interface.
+ *
+ * @param known what the platform has answered already. A service whose object is not in there must
+ *              have an owner, and is asked now.
+ */
 bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection& known = {});
 
-/**
- * The client of the service's object at @p path, or null when that is not present: when the service
- * has no owner, or denies the object.
- *
- * @param known what the platform has answered already; an object not asked so far is asked now.
- */
+/// The client of the service's object at @p path, or null when that is not present.
 template <class Client>
 std::unique_ptr<Client> makeClient(const QString& path, const QDBusConnection& connection,
                                    const PlatformIntrospection& known)
@@ -137,6 +137,9 @@ class DbusProxy : public Interface
 {
 public:
     bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
+
+    /// True when the platform had the object, whether it can be reached now or not.
+    bool hasClient() const { return m_dbusObject != nullptr; }
 
 protected:
     using Client = ClientClass;

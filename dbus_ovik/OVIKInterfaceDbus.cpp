@@ -45,6 +45,26 @@ QString platformOwner(const QDBusConnection& connection)
 }
 } // namespace
 
+/**
+ * While it lives, Qt knows the platform's owner: it keeps the owner of a name that a signal is
+ * connected of, and otherwise asks the bus again for each client that is made. The signal is one
+ * that the service manager's proxy needs anyway.
+ */
+class OwnerCache : public QObject
+{
+    Q_OBJECT
+public:
+    explicit OwnerCache(QDBusConnection connection)
+    {
+        connection.connect(ovikServiceName(), ServiceManagerProxyDbus::path(),
+                           ComWenuOVIKServiceManagerInterface::staticInterfaceName(),
+                           QStringLiteral("commandResult"), this, SLOT(ignore()));
+    }
+
+private Q_SLOTS:
+    void ignore() {}
+};
+
 OVIKInterfaceDbus::OVIKInterfaceDbus()
 {
     qRegisterMetaType<systemInfo>("systemInfo");
@@ -64,6 +84,7 @@ bool OVIKInterfaceDbus::init()
     }
     logOVIK("dbus-debug connection success");
 
+    const OwnerCache cache(*m_connection);
     m_ovik = std::make_unique<ComWenuOVIKInterface>(ovikServiceName(), QStringLiteral("/"),
                                                     *m_connection, nullptr);
     if (!m_ovik->isValid() || !createProxies()) {
@@ -84,25 +105,31 @@ bool OVIKInterfaceDbus::createProxies()
         platformOwner(*m_connection) != owner)
         return false;
 
-    const int earlierPlugins = m_HWPluginInstances.size();
-    m_keeper.create(m_buzzer, "m_buzzer not valid\n", *m_connection, known);
-    m_keeper.create(m_backlight, "m_backlight not valid\n", *m_connection, known);
+    create(m_buzzer, "m_buzzer not valid\n", known);
+    create(m_backlight, "m_backlight not valid\n", known);
     findPlugins(known);
-    m_keeper.create(m_systemInfo, "m_systemInfo not valid\n", *m_connection, known);
-    m_keeper.create(m_seeprom, "m_seeprom not valid\n", *m_connection, known);
-    m_keeper.create(m_ovikProxy, "m_ovikProxy not valid\n", *m_connection, known);
-    m_keeper.create(m_mainOs, "m_mainOs not valid\n", *m_connection, known);
-    m_keeper.create(m_storageManager, "m_storageManager not valid\n", *m_connection, known);
-    m_keeper.create(m_sysStat, "m_sysStat not valid\n", *m_connection, known);
-    m_keeper.create(m_networkManager, "m_networkManager not valid\n", *m_connection, known);
-    m_keeper.create(m_serviceManager, "m_serviceManager not valid\n", *m_connection, known);
-    if (platformOwner(*m_connection) == owner)
-        return true;
+    create(m_systemInfo, "m_systemInfo not valid\n", known);
+    create(m_seeprom, "m_seeprom not valid\n", known);
+    create(m_ovikProxy, "m_ovikProxy not valid\n", known);
+    create(m_mainOs, "m_mainOs not valid\n", known);
+    create(m_storageManager, "m_storageManager not valid\n", known);
+    create(m_sysStat, "m_sysStat not valid\n", known);
+    create(m_networkManager, "m_networkManager not valid\n", known);
+    create(m_serviceManager, "m_serviceManager not valid\n", known);
+    return true;
+}
 
-    // What was created after the change may be missing by mistake; the next try creates all anew.
-    while (m_HWPluginInstances.size() > earlierPlugins)
-        delete m_HWPluginInstances.takeLast();
-    return false;
+/// Judges by what is known alone: the platform may lose its name just now, and come back.
+template <class Proxy>
+void OVIKInterfaceDbus::create(std::unique_ptr<Proxy>& member, const char* warning,
+                               const PlatformIntrospection& known)
+{
+    m_keeper.keep(member);
+    member = std::make_unique<Proxy>(*m_connection, known);
+    if (!member->hasClient()) {
+        qWarning("%s", warning);
+        member.reset();
+    }
 }
 
 bool OVIKInterfaceDbus::connectToBus()
@@ -132,7 +159,7 @@ void OVIKInterfaceDbus::findPlugins(const PlatformIntrospection& known)
     for (int slot = 0; slot < pluginSlots; ++slot) {
         auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot, known);
         // On purpose behind what an earlier init() found: places in the list stay what they are.
-        if (instance->isValid())
+        if (instance->hasClient())
             m_HWPluginInstances.append(instance.release());
         else
             qWarning("HWPluginInstance not valid\n");
@@ -183,3 +210,5 @@ QVector<HWPluginInstanceProxyDbus*> OVIKInterfaceDbus::HWPluginInstanceProxy()
 {
     return m_HWPluginInstances;
 }
+
+#include "OVIKInterfaceDbus.moc"

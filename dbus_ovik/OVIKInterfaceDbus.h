@@ -77,6 +77,9 @@ public:
 private:
     bool connectToBus();
     bool createProxies();
+    template <class Proxy>
+    void create(std::unique_ptr<Proxy>& member, const char* warning,
+                const PlatformIntrospection& known);
     void findPlugins(const PlatformIntrospection& known);
 
     std::unique_ptr<QDBusConnection> m_connection;
