@@ -16,8 +16,9 @@ enum ovik_status {
     OVIK_OK = 0,
     OVIK_NO_PLATFORM = -1,    /**< no backend, or the backend lacks the facility */
     OVIK_NO_THREAD = -2,      /**< the application thread could not be created */
-    OVIK_NO_APPLICATION = -3, /**< not initialised, or not up in time; or, from the socket, bytes to
-                                   read that are fewer than 0, more than 65535 or without memory */
+    OVIK_NO_APPLICATION = -3, /**< not initialised, not up in time, or ended; or, from the socket,
+                                   bytes to read that are fewer than 0, more than 65535 or without
+                                   memory */
     OVIK_REPLY_ERROR = -4,    /**< the platform's reply is an error or could not be had */
     OVIK_NOT_STARTED = -5,    /**< mode change or shutdown without an initialised application */
     OVIK_BACKEND_FAILED = -6, /**< the backend chosen by a mode failed to initialise */

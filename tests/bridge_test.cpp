@@ -4,6 +4,10 @@
 
 #include "tests/support/qt_fixture.h"
 
+#include <QAbstractEventDispatcher>
+#include <QCoreApplication>
+#include <QTimer>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -330,6 +334,45 @@ TEST_F(Bridge, StartModeFourServesFromTheLibraryAndAfterTenSecondsTriesTheBus)
     EXPECT_EQ(mode, 2);
 }
 
+// --- A loop that something else ends -------------------------------------------------------------
+
+struct UnservedCall {
+    const char* name;
+    std::function<int()> call;
+    int answer;
+};
+
+const UnservedCall unservedCalls[] = {
+    {"request", [] { return ovik_getBuzzerMode(&anInt); }, -8},
+    {"setMode", [] { return ovik_setMode(0); }, -8},
+    {"doSomething", [] { return ovik_doSomething(); }, 0},
+    {"shutdown", [] { return ovik_shutdown(); }, -5},
+};
+
+TEST_F(Bridge, ACallThatTheLoopLeavesUnservedReturns)
+{
+    for (const UnservedCall& row : unservedCalls) {
+        const int before = threads();
+        ASSERT_EQ(ovik_init(0), 0) << row.name;
+        std::atomic<bool> running{false};
+        const auto quitWhenCalled = [&running] {
+            running = true;
+            waitUntil([] { return QAbstractEventDispatcher::instance()->hasPendingEvents(); });
+            QCoreApplication::quit();
+        };
+        // The loop ends after a timer without serving what was posted meanwhile.
+        QObject* const app = QCoreApplication::instance();
+        const auto armTimer = [&] { QTimer::singleShot(1, app, quitWhenCalled); };
+        QMetaObject::invokeMethod(app, armTimer, Qt::BlockingQueuedConnection);
+        ASSERT_TRUE(waitUntil([&running] { return running.load(); })) << row.name;
+        EXPECT_EQ(row.call(), row.answer) << row.name;
+        EXPECT_EQ(ovik_getBuzzerMode(&anInt), -3) << row.name;
+        EXPECT_EQ(ovik_shutdown(), -5) << row.name;
+        EXPECT_TRUE(waitUntil([=] { return threads() == before; })) << row.name;
+    }
+    expectOutputsUntouched();
+}
+
 // --- A platform that answers ---------------------------------------------------------------------
 
 class Answered : public Bridge
@@ -526,5 +569,34 @@ TEST_F(Answered, ACallFromTheApplicationThreadIsRefusedAndDoesNotHang)
     int mode = 0;
     EXPECT_EQ(ovik_getBuzzerMode(&mode), 0) << "the thread serves on";
     EXPECT_EQ(mode, 2);
+}
+
+void quitInCallback(const char*, const char*, const char*) { QCoreApplication::quit(); }
+
+TEST_F(Answered, AfterACallbackHasEndedTheLoopAnotherInitServesAgain)
+{
+    platform.answer("ServiceManager.command", replyWith("i", 0));
+    platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
+    const int running = threads();
+    int value = 0;
+    for (const bool isShutDown : {true, false}) {
+        ASSERT_EQ(
+            ovik_serviceCommand("s", "c", "o", reinterpret_cast<void*>(quitInCallback), &value), 0);
+        platform.emitCommandResult("s", "c", "{}");
+        ASSERT_TRUE(waitUntil([&] { return ovik_getBuzzerMode(&value) == -3; }));
+        for (const Function& function : functions)
+            EXPECT_EQ(function.call(), -3) << function.name;
+        expectOutputsUntouched();
+        EXPECT_EQ(ovik_doSomething(), 0);
+        EXPECT_EQ(ovik_setMode(0), -5);
+        if (isShutDown) {
+            EXPECT_EQ(ovik_shutdown(), -5);
+            EXPECT_TRUE(waitUntil([=] { return threads() == running - 1; }));
+        }
+        ASSERT_EQ(ovik_init(2), 0);
+        EXPECT_TRUE(waitUntil([=] { return threads() == running; }));
+        EXPECT_EQ(ovik_getBuzzerMode(&value), 0);
+        EXPECT_EQ(value, 2);
+    }
 }
 } // namespace

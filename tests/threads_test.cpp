@@ -1,5 +1,5 @@
 // The two places where the threads of the process meet, many times over: the application object
-// that one publishes for the other, and the outcome of a service command. Made for ThreadSanitizer
+// that one publishes for the others, and the outcome of a service command. Made for ThreadSanitizer
 // (see threads.supp); worth little without it.
 
 #include "ovik_server/service_command.h"
@@ -9,12 +9,16 @@
 #include "tests/support/private_bus.h"
 #include "tests/support/process.h"
 
+#include <QCoreApplication>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <ctime>
+#include <future>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 /// In place of the system's: the product's sleeps take a hundredth, so that the threads meet more
 /// often.
@@ -56,6 +60,44 @@ TEST(Threads, TheApplicationIsPublishedAskedAndTakenBack)
         EXPECT_EQ(ovik_doSomething(), 0);
         ASSERT_EQ(ovik_shutdown(), 0);
     }
+}
+
+/// Asks until there is no application; false when anything is answered that may not be.
+bool askUntilItHasEnded()
+{
+    for (;;) {
+        int value = 0;
+        const status_t status = ovik_setVolatileParameter("key", "value", &value);
+        if (status == OVIK_NO_APPLICATION)
+            return true;
+        if (status != OVIK_NO_PLATFORM && status != OVIK_NOT_RUN)
+            return false;
+    }
+}
+
+TEST(Threads, TheLoopEndsWhileSeveralThreadsAsk)
+{
+    theBus();
+    for (int round = 0; round < 200; ++round) {
+        ASSERT_EQ(start(0), 0);
+        std::vector<std::future<bool>> callers;
+        for (int caller = 0; caller < 3; ++caller)
+            callers.push_back(std::async(std::launch::async, askUntilItHasEnded));
+        int value = 0;
+        EXPECT_EQ(ovik_getBuzzerMode(&value), -1);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
+        // At once, or not until the callers have met the end, or not at all before the next start.
+        if (round % 3 == 0) {
+            const status_t status = ovik_shutdown();
+            EXPECT_TRUE(status == OVIK_OK || status == OVIK_NOT_STARTED) << status;
+        }
+        for (std::future<bool>& caller : callers)
+            EXPECT_TRUE(caller.get());
+        if (round % 3 == 1) {
+            EXPECT_EQ(ovik_shutdown(), OVIK_NOT_STARTED);
+        }
+    }
+    ovik_shutdown();
 }
 
 /// Outcomes without end, each with its number in all three texts. Slower than they can be taken, as

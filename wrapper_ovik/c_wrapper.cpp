@@ -16,14 +16,80 @@
 
 namespace
 {
-/// Null before ovik_init() has succeeded and after ovik_shutdown().
+/// Null unless requests can be served. Written by the application thread only.
 std::atomic<OvikApplication*> ovikApp{nullptr};
-/// The application thread; counts while qMainStarted.
+/// Requests that use the application object, or are about to.
+std::atomic<int> requestsUnderWay{0};
+
+enum class Thread {
+    None,
+    Started,
+    Ended ///< its event loop has returned; not joined yet
+};
+std::atomic<Thread> qMainState{Thread::None};
 pthread_t qMainId;
-bool qMainStarted = false;
+thread_local bool onApplicationThread = false;
+
+/**
+ * The application object, or null; the object lives at least as long as this.
+ *
+ * The event loop can end at any time: a platform library or a callback may call
+ * QCoreApplication::quit(). A request counts itself before it reads ovikApp, and endRequests()
+ * clears ovikApp before it reads the count. So either the request reads null, or endRequests()
+ * waits for it.
+ */
+class ApplicationUse
+{
+public:
+    ApplicationUse()
+    {
+        // Without an application nothing is counted, or busy callers could block endRequests().
+        if (!ovikApp)
+            return;
+        ++requestsUnderWay;
+        m_app = ovikApp;
+        if (!m_app)
+            --requestsUnderWay;
+    }
+    ~ApplicationUse()
+    {
+        if (m_app)
+            --requestsUnderWay;
+    }
+    ApplicationUse(const ApplicationUse&) = delete;
+    ApplicationUse& operator=(const ApplicationUse&) = delete;
+
+    OvikApplication* app() const { return m_app; }
+
+private:
+    OvikApplication* m_app = nullptr;
+};
+
+/**
+ * Refuses new requests and ends those that the event loop has left.
+ *
+ * Deleting the event of a blocking call releases its caller, with the result still OVIK_NOT_RUN. A
+ * request that has read ovikApp may post its event a moment later, so repeat until none is left.
+ */
+void endRequests(OvikApplication& app)
+{
+    qMainState = Thread::Ended;
+    ovikApp = nullptr;
+    while (requestsUnderWay != 0) {
+        QCoreApplication::removePostedEvents(&app);
+        usleep(1000);
+    }
+}
+
+void join()
+{
+    pthread_join(qMainId, nullptr);
+    qMainState = Thread::None;
+}
 
 void* qMain(void* arg)
 {
+    onApplicationThread = true;
     int argc = 1; // QCoreApplication keeps a reference to it
     OvikApplication app(argc, nullptr);
 
@@ -41,20 +107,10 @@ void* qMain(void* arg)
         app.setMode(mode);
     }
     // Not before the start mode stands, so that no request meets the object without one.
-    ovikApp.store(&app, std::memory_order_release);
+    ovikApp = &app;
     OvikApplication::exec();
+    endRequests(app);
     return nullptr;
-}
-
-OvikApplication* application() { return ovikApp.load(std::memory_order_acquire); }
-
-/// OVIK_OK when the application can be asked from here, else why not: @p absent without one.
-status_t refusal(status_t absent)
-{
-    if (!application())
-        return absent;
-    // From its own thread, a queued call that blocks would wait for itself for ever.
-    return pthread_equal(pthread_self(), qMainId) ? OVIK_NOT_RUN : OVIK_OK;
 }
 
 template <class T>
@@ -63,23 +119,34 @@ const char* typeName()
     return QMetaType::typeName(qMetaTypeId<T>());
 }
 
-/// Runs a slot, named by its string, on the application thread and waits for its result.
+/**
+ * Runs a slot, named by its string, on the application thread and waits for its result.
+ *
+ * @return OVIK_OK, with @p result unchanged when the loop ended before the slot ran; @p absent
+ *         without an application; OVIK_NOT_RUN on the application thread, where the call would wait
+ *         for itself.
+ */
 template <class Result, class... Args>
-void invoke(const char* slot, Result& result, const Args&... args)
+status_t invoke(status_t absent, const char* slot, Result& result, const Args&... args)
 {
-    QMetaObject::invokeMethod(application(), slot, Qt::BlockingQueuedConnection,
+    const ApplicationUse use;
+    if (!use.app())
+        return absent;
+    if (onApplicationThread)
+        return OVIK_NOT_RUN;
+    QMetaObject::invokeMethod(use.app(), slot, Qt::BlockingQueuedConnection,
                               QReturnArgument<Result>(typeName<Result>(), result),
                               QArgument<Args>(typeName<Args>(), args)...);
+    return OVIK_OK;
 }
 
 /// One request: what the slot hands back. A slot that does not run leaves OVIK_NOT_RUN.
 template <class Resp, class... Args>
 Resp request(const char* slot, const Args&... args)
 {
-    if (const status_t refused = refusal(OVIK_NO_APPLICATION))
-        return {refused, {}};
     Resp resp = {OVIK_NOT_RUN, {}};
-    invoke(slot, resp, args...);
+    if (const status_t refused = invoke(OVIK_NO_APPLICATION, slot, resp, args...))
+        return {refused, {}};
     return resp;
 }
 
@@ -156,16 +223,23 @@ QString text(const char* utf8) { return QString::fromUtf8(utf8); }
 
 status_t ovik_init(int mode)
 {
-    if (application())
+    if (ovikApp)
         return OVIK_OK;
+    if (onApplicationThread)
+        return OVIK_NOT_RUN;
+    if (qMainState == Thread::Ended)
+        join();
     // A thread that an earlier call gave up waiting for is waited for again, not doubled.
-    if (!qMainStarted) {
-        if (pthread_create(&qMainId, nullptr, qMain, reinterpret_cast<void*>(intptr_t(mode))) != 0)
+    if (qMainState == Thread::None) {
+        qMainState = Thread::Started;
+        if (pthread_create(&qMainId, nullptr, qMain, reinterpret_cast<void*>(intptr_t(mode))) !=
+            0) {
+            qMainState = Thread::None;
             return OVIK_NO_THREAD;
-        qMainStarted = true;
+        }
     }
-    for (int sleeps = 0; !application(); ++sleeps) {
-        if (sleeps == 1000)
+    for (int sleeps = 0; !ovikApp; ++sleeps) {
+        if (sleeps == 1000 || qMainState == Thread::Ended)
             return OVIK_NO_APPLICATION;
         usleep(10000);
     }
@@ -174,30 +248,30 @@ status_t ovik_init(int mode)
 
 status_t ovik_setMode(int mode)
 {
-    if (const status_t refused = refusal(OVIK_NOT_STARTED))
-        return refused;
-    int result = 0;
-    invoke("setMode", result, mode);
-    return result;
+    int result = OVIK_NOT_RUN;
+    const status_t refused = invoke(OVIK_NOT_STARTED, "setMode", result, mode);
+    return refused ? refused : result;
 }
 
 status_t ovik_shutdown()
 {
     // No proxy is in use any more when the loop stops.
-    if (const status_t refused = ovik_setMode(OVIK_MODE_NONE))
-        return refused;
-    QMetaObject::invokeMethod(application(), "quit", Qt::BlockingQueuedConnection);
-    ovikApp.store(nullptr, std::memory_order_release);
-    pthread_join(qMainId, nullptr);
-    qMainStarted = false;
-    return OVIK_OK;
+    const status_t status = ovik_setMode(OVIK_MODE_NONE);
+    if (status == OVIK_OK) {
+        const ApplicationUse use;
+        if (use.app())
+            QMetaObject::invokeMethod(use.app(), "quit", Qt::BlockingQueuedConnection);
+    } else if (onApplicationThread || qMainState != Thread::Ended) {
+        return status;
+    }
+    join();
+    return status == OVIK_OK ? OVIK_OK : OVIK_NOT_STARTED;
 }
 
 int ovik_doSomething()
 {
     int result = 0;
-    if (refusal(OVIK_NOT_STARTED) == OVIK_OK)
-        invoke("doSomething", result);
+    invoke(OVIK_NOT_STARTED, "doSomething", result);
     return result;
 }
 

@@ -8,6 +8,9 @@
  *
  * - Order: ovik_init() first, then any number of requests, then ovik_shutdown(). Both of these from
  *   one and the same thread, with no request under way.
+ * - End: the platform's library or a result callback can end the application's event loop by
+ *   QCoreApplication::quit(). Requests that still wait return OVIK_NOT_RUN, later ones
+ *   OVIK_NO_APPLICATION. ovik_init() then starts a new application.
  * - Threads: any thread may call, except the application thread itself (a result callback runs
  *   there): such a call would wait for itself and is refused with OVIK_NOT_RUN (-8).
  * - Time: calls are served one after the other. With the D-Bus backend, a request that the platform
@@ -16,10 +19,10 @@
  *   backend takes as long as its library does.
  * - Result: OVIK_OK (0), or
  *     OVIK_NO_PLATFORM (-1)     no backend is in use, or it lacks the facility;
- *     OVIK_NO_APPLICATION (-3)  not initialised;
+ *     OVIK_NO_APPLICATION (-3)  not initialised, or the event loop has ended;
  *     OVIK_REPLY_ERROR (-4)     the platform's reply is an error or did not come (D-Bus backend);
- *     OVIK_NOT_RUN (-8)         called on the application thread, or not supported by the backend
- *                               in use, where a function says so.
+ *     OVIK_NOT_RUN (-8)         called on the application thread, left when the event loop ended,
+ *                               or not supported by the backend in use, where a function says so.
  *   The plug-in functions have statuses of their own, see there.
  * - Outputs are written on OVIK_OK only, and must not be null. An output named pResp that is an int
  *   is the platform's own answer: the value asked for, or the platform's result code of an action,
@@ -73,12 +76,17 @@ enum ovik_mode {
 /**
  * Starts the application thread; returns when it is ready or after about 10 s.
  *
+ * With the modes for D-Bus, a bus that accepts the connection and never answers blocks the
+ * application thread for ever, and so every request after OVIK_OK. The program can then not end by
+ * exit() or by returning from main(): both wait for that connection. _exit() or a signal ends it.
+ *
  * @param mode an ovik_mode. A backend that fails to initialise, or any other mode, leaves no
  *             backend in use and does not make this fail. Ignored when already initialised or
  *             waiting again.
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
  *         OVIK_NO_APPLICATION (-3) when the application did not appear in time, as with a bus
- *         that does not answer. It may still appear later: call again to go on waiting.
+ *         that does not answer. It may still appear later: call again to go on waiting;
+ *         OVIK_NOT_RUN (-8) on the application thread when its event loop has ended.
  */
 status_t ovik_init(int mode);
 
@@ -89,8 +97,9 @@ status_t ovik_init(int mode);
  * modules then grows by those found again, and the callback of ovik_serviceCommand() is lost.
  *
  * @param mode an ovik_mode, but none for ovik_init() only
- * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised; OVIK_BACKEND_FAILED (-6) or
- *         OVIK_ILLEGAL_MODE (-7), both with nothing changed; OVIK_NOT_RUN (-8).
+ * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised, or the event loop has ended;
+ *         OVIK_BACKEND_FAILED (-6) or OVIK_ILLEGAL_MODE (-7), both with nothing changed;
+ *         OVIK_NOT_RUN (-8).
  */
 status_t ovik_setMode(int mode);
 
@@ -98,7 +107,11 @@ status_t ovik_setMode(int mode);
  * Ends the application thread and releases the backends. ovik_init() may follow; Qt then warns on
  * standard error that the application is not in the main thread, which does no harm.
  *
- * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised; OVIK_NOT_RUN (-8).
+ * On a bus that never answers, see ovik_init(), this blocks for ever, or returns OVIK_NOT_STARTED
+ * and leaves the thread when ovik_init() has not returned OVIK_OK.
+ *
+ * @return OVIK_OK; OVIK_NOT_STARTED (-5) when not initialised, or when the event loop had ended
+ *         before, after the thread has been joined; OVIK_NOT_RUN (-8) on the application thread.
  */
 status_t ovik_shutdown(void);
 
@@ -217,10 +230,10 @@ status_t ovik_setSystemParametersJson(const char* key, const char* json, int* pR
  * modules in slots 0 and 2, the second is at place 1. @p index is the I/O point or LED of the
  * module.
  *
- * The only failures are OVIK_EMPTY_SLOT (-10) for a place beyond the list, OVIK_NO_APPLICATION and,
- * on the application thread, OVIK_NOT_RUN. Everything else is OVIK_OK, with the value -1 from a
- * module that has no such points, and the value 0 when the platform's reply is an error or does not
- * come; the bytes of ovik_getHWPluginIO() are zero in both cases.
+ * The only failures are OVIK_EMPTY_SLOT (-10) for a place beyond the list, OVIK_NO_APPLICATION and
+ * OVIK_NOT_RUN. Everything else is OVIK_OK, with the value -1 from a module that has no such points,
+ * and the value 0 when the platform's reply is an error or does not come; the bytes of
+ * ovik_getHWPluginIO() are zero in both cases.
  */
 
 /** Reads an I/O point's mode; 2 is the mode in which it may be set. */
