@@ -17,7 +17,7 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 
 bin=${OVIK_BUILD_DIR:-build}/bin
 socket=/tmp/ovik_server.socket
-lock=/tmp/ovik_server.test-$(id -u).lock
+lock=/tmp/ovik_server.test-$(id -u) # a folder; the tests lock the same one
 lock_patience=600
 patience=60
 
@@ -94,23 +94,37 @@ clean_up() {
     stop panel
     stop bus
     rm -rf "$dir"
-    [ -z "$locked" ] || : >"$lock"
+    [ -z "$locked" ] || rm -f "$lock/run.sh.pid"
 }
 
-# Whoever holds the lock may run a server. The tests take it as well; run.sh leaves its process id in
-# it, because a run.sh at a terminal is not worth waiting for.
+# Makes the folder if it is missing. Any user could have made it first, or a link in its place that
+# leads to another user's file, so check before anything in it is opened.
+ensure_lock_folder() {
+    local owner mode
+    mkdir -m 700 "$lock" 2>/dev/null || true
+    read -r owner mode < <(stat -c '%u 0x%f' "$lock") || true
+    # A directory, not writable by its group and others.
+    if [ "$owner" != "$(id -u)" ] || (((mode & 8#170022) != 8#040000)); then
+        die "$lock is not a folder that only you can write to: remove it, or have root remove it"
+    fi
+}
+
+# Only the holder of the lock may run a server. The tests take it as well. run.sh also writes its
+# process id, because a run.sh at a terminal is not worth waiting for.
 take_lock() {
-    local holder
+    local holder=''
     [ -z "${OVIK_LOCK_HELD:-}" ] || return 0
-    exec 9<>"$lock"
+    ensure_lock_folder
+    exec 9<"$lock"
     if ! flock --nonblock 9; then
-        read -r holder <"$lock" || true
+        read -r holder 2>/dev/null <"$lock/run.sh.pid" || true
         ! is_running "$holder" || die "another run.sh, process $holder, is running: end it first"
         say "waiting for tests that use $socket to end, $((lock_patience / 60)) minutes at most"
-        attend flock --timeout "$lock_patience" 9 || die "$lock is still held: end who holds it"
+        attend flock --timeout "$lock_patience" 9 ||
+            die "$lock is still locked: end the process that uses it"
     fi
     locked=yes
-    echo $$ >"$lock"
+    echo $$ >"$lock/run.sh.pid"
 }
 
 # answers SECONDS [--platform]: the server does within that time, or the platform through it.

@@ -5,7 +5,7 @@ source_dir=$1
 run=$source_dir/run.sh
 bin=$OVIK_BUILD_DIR/bin
 socket=/tmp/ovik_server.socket
-lock=/tmp/ovik_server.test-$(id -u).lock
+lock=/tmp/ovik_server.test-$(id -u)
 patience=20
 
 work=$(mktemp -d -t ovik_run_sh_test.XXXXXX)
@@ -202,14 +202,36 @@ a_lock_that_a_test_holds() {
 }
 
 a_lock_that_another_run_sh_holds() {
-    echo $$ >"$lock"
+    echo $$ >"$lock/run.sh.pid"
     exits 1 run_sh_that_locks
-    : >"$lock"
+    rm "$lock/run.sh.pid"
     check "is not waited for" complains "another run.sh, process $$, is running"
     nothing_is_left
 }
 
-exec 9<>"$lock"
+a_lock_folder_that_others_can_replace_or_write_to() {
+    local make before place=$work/lock
+    local makes=("ln -s $work/kept/file" "ln -s $work/kept" "cp $work/kept/file" "mkdir -m 720"
+        "mkdir -m 702")
+    [ "$(id -u)" -ne 0 ] || makes+=("install -d -m 700 -o nobody")
+    cp -R "$source_dir/run.sh" "$source_dir/scripts" "$work/a directory"
+    sed -i "s|^lock=.*|lock='$place'|" "$work/a directory/run.sh"
+    for make in "${makes[@]}"; do
+        mkdir "$work/kept"
+        echo content >"$work/kept/file"
+        $make "$place"
+        before=$(files_of_the_lock)
+        run="$work/a directory/run.sh" exits 1 run_sh_that_locks
+        check "$make: is refused" complains "$place is not a folder that only you can write to"
+        check "$make: nothing is written" same "$(files_of_the_lock)" "$before"
+        rm -r "$place" "$work/kept"
+    done
+    nothing_is_left
+}
+files_of_the_lock() { find -L "$work/lock" "$work/kept" -printf '%p %s %t\n'; }
+
+[ -d "$lock" ] || mkdir -m 700 "$lock"
+exec 9<"$lock"
 flock --nonblock 9 || {
     printf 'waiting for another test that holds %s\n' "$lock"
     flock 9
@@ -218,7 +240,8 @@ for situation in the_tour requests_of_the_command_line a_quit_among_the_requests
     a_request_that_is_refused a_link_to_a_place_with_a_blank another_server_that_lives \
     a_terminal ctrl_d_at_a_terminal ctrl_c_at_a_terminal a_termination_while_a_request_waits \
     an_interrupt_while_a_request_waits \
-    a_lock_that_a_test_holds a_lock_that_another_run_sh_holds; do
+    a_lock_that_a_test_holds a_lock_that_another_run_sh_holds \
+    a_lock_folder_that_others_can_replace_or_write_to; do
     printf '%s\n' "$situation"
     # What the last one printed is not to be taken for what this one awaits.
     : >"$work/out"

@@ -41,6 +41,27 @@ struct FailingRun {
     }
 };
 
+TEST(ServerLock, IsAFolderThatOnlyItsUserCanWriteTo)
+{
+    const TempDir dir;
+    const std::string folder = dir.path("folder");
+    const std::string link = dir.path("link");
+    {
+        const ServerLock lock(folder);
+    }
+    EXPECT_NO_THROW(ServerLock{folder}) << "is released, and stays";
+    ASSERT_EQ(symlink(folder.c_str(), link.c_str()), 0);
+    EXPECT_THROW(ServerLock{link}, std::runtime_error);
+    for (const mode_t mode : {0720, 0702, 0777}) {
+        ASSERT_EQ(chmod(folder.c_str(), mode), 0);
+        EXPECT_THROW(ServerLock{folder}, std::runtime_error) << std::oct << mode;
+    }
+    const bool isRoot = getuid() == 0;
+    ASSERT_EQ(chmod(folder.c_str(), 0700), 0);
+    ASSERT_TRUE(!isRoot || chown(folder.c_str(), 65534, gid_t(-1)) == 0);
+    EXPECT_THROW(ServerLock{isRoot ? folder : "/"}, std::runtime_error) << "another user's";
+}
+
 // --- Start and end -------------------------------------------------------------------------------
 
 TEST(Lifecycle, QuitIsAnsweredAndThenTheProcessEndsInOrder)

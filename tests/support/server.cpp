@@ -4,19 +4,28 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-ServerLock::ServerLock()
+// run.sh locks the same folder.
+ServerLock::ServerLock() : ServerLock("/tmp/ovik_server.test-" + std::to_string(getuid())) {}
+
+ServerLock::ServerLock(const std::string& folder)
 {
-    const std::string path = "/tmp/ovik_server.test-" + std::to_string(getuid()) + ".lock";
-    m_fd = open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
-    if (m_fd == -1)
-        throw std::runtime_error("cannot open " + path);
+    mkdir(folder.c_str(), 0700); // when it is missing
+    m_fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat status = {};
+    if (m_fd == -1 || fstat(m_fd, &status) != 0 || status.st_uid != getuid() ||
+        (status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        close(m_fd);
+        throw std::runtime_error(folder + " is not a folder that only you can write to: " +
+                                 "remove it, or have root remove it");
+    }
     if (flock(m_fd, LOCK_EX | LOCK_NB) == 0)
         return;
-    fprintf(stderr, "waiting for %s: other tests, or a ./run.sh at a terminal?\n", path.c_str());
+    fprintf(stderr, "waiting for %s: other tests, or a ./run.sh at a terminal?\n", folder.c_str());
     if (flock(m_fd, LOCK_EX) != 0)
-        throw std::runtime_error("cannot lock " + path);
+        throw std::runtime_error("cannot lock " + folder);
 }
 
 ServerLock::~ServerLock() { close(m_fd); }

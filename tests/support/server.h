@@ -8,12 +8,17 @@
 /// The path is part of the system, so only one server can run on a machine.
 inline const char* const serverSocket = "/tmp/ovik_server.socket";
 
-/// While it lives, no other test of this user's starts a server; waits for its turn.
+/// While it lives, no other test of this user's starts a server; waits for its turn. It is a folder
+/// that only this user can write to: a file in /tmp could be a stranger's link to another file.
 class ServerLock
 {
 public:
     ServerLock();
+    /// Throws when the folder is a link, or others can write to it.
+    explicit ServerLock(const std::string& folder);
     ~ServerLock();
+    ServerLock(const ServerLock&) = delete;
+    ServerLock& operator=(const ServerLock&) = delete;
 
 private:
     int m_fd;
