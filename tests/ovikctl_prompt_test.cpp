@@ -415,21 +415,47 @@ TEST_F(AtATerminal, WatchShowsALongValueInOneLine)
                                "\r\n\033[2A"));
 }
 
-TEST_F(AtATerminal, AnAnswerHasNoControlCharactersButItsLineBreaks)
+TEST_F(AtATerminal, ControlCharactersAreBlanksAndContinuationLinesAreIndented)
 {
     panel->platform.answer("OVIK.getAllSystemParametersJSON",
                            replyText("{\n\033[2J\u009b2J\x7f\r\u00fc}"));
-    const std::string shown = "{\r\n [2J  2J  \u00fc}\r\n";
-    const std::vector<std::pair<Words, std::string>> table = {
-        {{"getAllSystemParametersJson"}, shown},
-        {{"raw", "getAllSystemParametersJson"}, "getAllSystemParametersJson -> 0 " + shown},
+    // Sent in Latin-1: what is no UTF-8, after what is.
+    panel->platform.answer("NetworkManager.getConfigJSON",
+                           replyText("\u00c3\u009b \u00f0\u0090\u0080\u0080 \u009b2J\u00fc "
+                                     "\u00c0\u009b \u00e0\u009f\u0080 \u00ed\u00a0\u0080 "
+                                     "\u00f0\u008f\u0080\u0080 \u00f4\u0090\u0080\u0080 "
+                                     "\u00e2\u0082 \u00f5\u0080 \u00c3"));
+    const std::string shown = "{\r\n     [2J  2J  \u00fc}\r\n";
+    const std::string nonsense = "a\033\u009b\nb";
+    const std::string shownNonsense = "a   \r\n    b";
+    struct Row {
+        Words words;
+        std::string screen; ///< begins with this
+        std::string piped;
     };
-    for (const auto& [words, screen] : table) {
-        Terminal terminal(ovikctl(words));
-        EXPECT_EQ(terminal.wait(), 0);
-        EXPECT_EQ(terminal.screen(), screen);
-        EXPECT_NE(run(words).output.find("\033[2J\u009b2J\x7f\r"), std::string::npos)
-            << "no terminal";
+    const Row table[] = {
+        {{"getAllSystemParametersJson"}, shown, "\033[2J\u009b2J\x7f\r"},
+        {{"raw", "getAllSystemParametersJson"},
+         "getAllSystemParametersJson -> 0 " + shown,
+         "\033[2J\u009b2J\x7f\r"},
+        {{"getNetworkConfigJson"},
+         "\xc3\x9b \xf0\x90\x80\x80  2J\xfc \xc0  \xe0   \xed\xa0  \xf0    \xf4    \xe2  \xf5  "
+         "\xc3\r\n",
+         "\x9b"
+         "2J\xfc \xc0\x9b "},
+        {{"raw", nonsense},
+         shownNonsense + " -> -8\r\n" + shownNonsense + ": -8: ",
+         nonsense + " -> -8\n" + nonsense + ": -8: "},
+        {{"doctor", "--socket", "/none\033\u009b\n"},
+         "BAD  socket: there is no /none   \r\n    ;",
+         "there is no /none\033\u009b\n;"},
+    };
+    for (const Row& row : table) {
+        Terminal terminal(ovikctl(row.words), {"NO_COLOR=1"});
+        EXPECT_NE(terminal.wait(), -1);
+        EXPECT_EQ(terminal.screen().substr(0, row.screen.size()), row.screen);
+        const Ran piped = run(row.words);
+        EXPECT_NE((piped.output + piped.errors).find(row.piped), std::string::npos) << piped.output;
     }
 }
 

@@ -4,6 +4,7 @@
 #include "client/ovikctl/verbs.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <optional>
 #include <sys/stat.h>
 
@@ -47,7 +48,8 @@ private:
             return;
         }
         const std::string mark = isGood ? paint(Style::Good, "good") : paint(Style::Bad, "BAD ");
-        printLine(mark + " " + what + ": " + found + (isGood ? "" : "; " + cure));
+        fputs(mark.c_str(), stdout);
+        printLine(" " + what + ": " + found + (isGood ? "" : "; " + cure));
     }
 
     const Settings& m_settings;

@@ -27,6 +27,39 @@ bool isUtf8(const std::string& text)
     }
 }
 
+/// How many bytes the UTF-8 character has that @p text begins with; 0 when these are no UTF-8.
+size_t utf8Length(std::string_view text)
+{
+    const auto byte = [&](size_t i) -> unsigned {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0;
+    };
+    const unsigned first = byte(0);
+    if (first < 0x80)
+        return 1;
+    if (first < 0xc2 || first > 0xf4)
+        return 0;
+    // Excludes overlong forms, surrogates, and what is beyond U+10FFFF.
+    const unsigned least = first == 0xe0 ? 0xa0 : first == 0xf0 ? 0x90 : 0x80;
+    const unsigned most = first == 0xed ? 0x9f : first == 0xf4 ? 0x8f : 0xbf;
+    if (byte(1) < least || byte(1) > most)
+        return 0;
+    const size_t length = first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    for (size_t i = 2; i < length; ++i) {
+        if ((byte(i) & 0xc0) != 0x80)
+            return 0;
+    }
+    return length;
+}
+
+/// An indented line cannot be taken for a further answer or message.
+std::string forTerminal(const std::string& text)
+{
+    std::string result;
+    for (const char c : withoutControls(text, "\n\t"))
+        result += c == '\n' ? std::string("\n    ") : std::string(1, c);
+    return result;
+}
+
 /// Of Latin-1, as the documents of storage and network come.
 std::string utf8Of(const std::string& latin1)
 {
@@ -201,32 +234,35 @@ std::string lineOf(const Request& request, const ovik_client_answer& answer)
 
 void printLine(const std::string& line)
 {
-    fwrite(line.data(), 1, line.size(), stdout);
+    const std::string text = isatty(STDOUT_FILENO) ? forTerminal(line) : line;
+    fwrite(text.data(), 1, text.size(), stdout);
     putchar('\n');
     fflush(stdout);
-}
-
-void printAnswer(const std::string& line)
-{
-    printLine(isatty(STDOUT_FILENO) ? withoutControls(line, "\n\t") : line);
-}
-
-std::string withoutControls(std::string text, std::string_view kept)
-{
-    for (size_t i = 0; i < text.size(); ++i) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        if ((c < ' ' && kept.find(text[i]) == std::string_view::npos) || c == 0x7f)
-            text[i] = ' ';
-        else if (c == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0)
-            text.replace(i, 2, 2, ' '); // U+0080 to U+009F
-    }
-    return text;
 }
 
 void complain(const std::string& text)
 {
     fflush(stdout);
-    fprintf(stderr, "%s\n", text.c_str());
+    fprintf(stderr, "%s\n", (isatty(STDERR_FILENO) ? forTerminal(text) : text).c_str());
+}
+
+std::string withoutControls(std::string text, std::string_view kept)
+{
+    for (size_t i = 0; i < text.size();) {
+        const size_t length = utf8Length(std::string_view(text).substr(i));
+        const auto first = static_cast<unsigned char>(text[i]);
+        const bool isC0 = first < ' ' && kept.find(text[i]) == std::string_view::npos;
+        const bool isC1 =
+            length == 2 && first == 0xc2 && static_cast<unsigned char>(text[i + 1]) < 0xa0;
+        // An 8-bit terminal obeys the byte alone. Other bytes that are no UTF-8 may be Latin-1
+        // text.
+        const bool isC1Byte = length == 0 && first < 0xa0;
+        const size_t step = std::max<size_t>(length, 1);
+        if (isC0 || first == 0x7f || isC1 || isC1Byte)
+            text.replace(i, step, step, ' ');
+        i += step;
+    }
+    return text;
 }
 
 std::string paint(Style style, const std::string& text)

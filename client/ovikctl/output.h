@@ -30,17 +30,15 @@ std::string jsonOf(const Request& request, const std::string& error);
 /// "setBuzzerMode;1 -> 0 0", as the service sent it; at a terminal without secrets.
 std::string lineOf(const Request& request, const ovik_client_answer& answer);
 
-/// Writes a line to standard output at once, as others may wait for it.
+/// Writes a line to standard output at once, as others may wait for it. At a terminal, control
+/// characters become blanks and continuation lines are indented.
 void printLine(const std::string& line);
 
-/// Writes what an answer tells, at a terminal without its control characters.
-void printAnswer(const std::string& line);
-
-/// With a blank for each control character, which a terminal might obey.
-std::string withoutControls(std::string text, std::string_view kept = "");
-
-/// Writes a line to standard error.
+/// The same for standard error.
 void complain(const std::string& text);
+
+/// The text with a blank for each control character, which a terminal might obey.
+std::string withoutControls(std::string text, std::string_view kept = "");
 
 enum class Style { Bold, Good, Bad };
 /// Text for a terminal: without a colour when standard output is none, or NO_COLOR is set.

@@ -14,7 +14,7 @@ bool hasValue(const Request& request)
 /// Prints one of several answers; false for a failure.
 bool report(const Settings& settings, const Request& request, const ovik_client_answer& answer)
 {
-    printAnswer(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
+    printLine(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
     if (answer.status != OVIK_OK) // with the word only: an argument may be a secret
         complain(commandWordOf(request.text) + ": " + statusInWords(answer.status));
     return answer.status == OVIK_OK;
@@ -108,9 +108,9 @@ int runRequest(const Settings& settings, const Request& request)
         Connection connection(settings.socket, deadline);
         const ovik_client_answer answer = connection.ask(request.text, deadline);
         if (settings.json)
-            printAnswer(jsonOf(request, answer));
+            printLine(jsonOf(request, answer));
         else if (answer.status == OVIK_OK && hasValue(request))
-            printAnswer(answer.text);
+            printLine(answer.text);
         if (answer.status == OVIK_OK)
             return allDone;
         complain(statusInWords(answer.status));

@@ -76,8 +76,8 @@ public:
     {
         const std::string time = timeOfDay();
         for (size_t i = 0; i < round.values.size(); ++i)
-            printAnswer(m_settings.json ? round.objects[i]
-                                        : time + " " + m_names[i] + " " + round.values[i]);
+            printLine(m_settings.json ? round.objects[i]
+                                      : time + " " + m_names[i] + " " + round.values[i]);
         if (!round.failure.empty())
             complain(time + " " + round.failure);
     }
