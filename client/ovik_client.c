@@ -1,6 +1,7 @@
 #define _POSIX_C_SOURCE 200809L
 
 #include "ovik_client.h"
+#include "ovik_client_internal.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -155,6 +156,8 @@ void ovik_client_close(ovik_client* client)
     free(client);
     errno = error;
 }
+
+int ovik_internal_descriptor(const ovik_client* client) { return client->sock; }
 
 /* --- Numbers ---------------------------------------------------------------------------------- */
 

@@ -26,6 +26,8 @@
  * not look whether its client is still there. After a time-out, read before you write again.
  * - Threads: one client is used by one thread at a time; different clients do not know each other.
  *   There is no state outside of a client, and no signal: a service that is gone raises no SIGPIPE.
+ * - Who listens at the path is not checked: it may be another user's program, which then reads what
+ *   is sent.
  * - Memory: ovik_client_open() allocates about 16 kB, nothing else does.
  */
 #ifndef OVIK_CLIENT_H

@@ -105,7 +105,7 @@ TEST_P(Completion, OfAToolsOwnOption) { expect("watch --int", {"erval "}); }
 TEST_P(Completion, OfACommandToWatch) { expect("watch getBuzzerMode getBri", {"ghtness "}); }
 TEST_P(Completion, OfACommandBehindOptions)
 {
-    expect("--json --timeout 5 --socket /x getBri", {"ghtness "});
+    expect("--json --timeout 5 --socket /x --service-user root getBri", {"ghtness "});
 }
 TEST_P(Completion, OfAFileOfRequests) { expect("batch a", {"\\ file.txt "}); }
 TEST_P(Completion, OfAShellsName) { expect("completion z", {"sh "}); }

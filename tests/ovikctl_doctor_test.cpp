@@ -10,6 +10,7 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <pwd.h>
 #include <sstream>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -49,6 +50,14 @@ void leaveSocket(const std::string& path)
 }
 
 const std::string startIt = "; start the service: systemctl start ovik_server";
+const std::string restartIt =
+    "; restart the service, whose unit makes the link anew: systemctl restart ovik_server; without "
+    "systemd, remove it first";
+
+std::string thisUser()
+{
+    return std::string(getpwuid(geteuid())->pw_name) + " (" + std::to_string(geteuid()) + ")";
+}
 
 TEST(OvikctlDoctor, FindsThatThereIsNoSocket)
 {
@@ -64,9 +73,53 @@ TEST(OvikctlDoctor, FindsAFileInPlaceOfTheSocket)
     std::ofstream(dir.path("file")) << "x";
     const Ran result = doctor(dir.path("file"));
     EXPECT_EQ(result.status, 8);
-    EXPECT_EQ(badLines(result), Words{"socket: " + dir.path("file") +
-                                      " is there, but is no socket; remove it and start the "
-                                      "service"});
+    EXPECT_EQ(badLines(result),
+              Words{"socket: " + dir.path("file") + " is there, but is no socket; it is of user " +
+                    thisUser() + restartIt});
+}
+
+TEST(OvikctlDoctor, FindsALinkThatLeadsNowhere)
+{
+    const TempDir dir;
+    ASSERT_EQ(symlink("none", dir.path("link").c_str()), 0);
+    const Ran result = doctor(dir.path("link"));
+    EXPECT_EQ(result.status, 8);
+    EXPECT_EQ(badLines(result), Words{"socket: the target of " + dir.path("link") +
+                                      " -> none does not exist: the service is stopped" + startIt});
+}
+
+TEST(OvikctlDoctor, FindsALinkOfAnotherUser)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can give a link away";
+    const TempDir dir;
+    ASSERT_EQ(symlink("none", dir.path("link").c_str()), 0);
+    ASSERT_EQ(lchown(dir.path("link").c_str(), otherUser, otherUser), 0);
+    const Ran result = doctor(dir.path("link"));
+    EXPECT_EQ(result.status, 8);
+    EXPECT_EQ(badLines(result),
+              Words{"socket: " + dir.path("link") +
+                    " is a link of user unknown (4242), not of root" + restartIt});
+}
+
+TEST(OvikctlDoctor, FindsThatAnotherUserListens)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can listen as another user";
+    const auto peer = peerOf(otherUser, [](ScriptedPeer& self) {
+        self.accept();
+        self.receive();
+        self.answer("0");
+    });
+    const Ran result = doctor(peer->path());
+    EXPECT_EQ(result.status, 8);
+    ASSERT_EQ(badLines(result).size(), 2u) << "and that it is not the service";
+    EXPECT_EQ(badLines(result).front(),
+              "listener: process " + std::to_string(getpid()) +
+                  " of user unknown (4242), neither root nor you, listens: it reads what is sent, "
+                  "and its answers may be false; end it and restart the service, systemctl restart "
+                  "ovik_server, or name the service's user with --service-user");
+    EXPECT_EQ(result.errors, "");
 }
 
 TEST(OvikctlDoctor, FindsASocketThatWasLeftBehind)
@@ -167,8 +220,13 @@ TEST(OvikctlDoctor, FindsThatAllIsWellAndChangesNothing)
     Server server;
     ASSERT_TRUE(server.waitForPlatform());
     platform.takeCalls();
-    const Ran result = run({"doctor"});
+    const TempDir dir;
+    const std::string link = dir.path("link");
+    ASSERT_EQ(symlink(serverSocket, link.c_str()), 0);
+    const Ran result = doctor(link);
     EXPECT_EQ(result.status, 0) << result.output;
+    EXPECT_NE(result.output.find("good socket: " + link + " -> " + serverSocket + " is there\n"),
+              std::string::npos);
     EXPECT_TRUE(badLines(result).empty());
     EXPECT_NE(result.output.find("good platform: adopted\n"), std::string::npos);
 

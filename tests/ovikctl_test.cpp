@@ -17,6 +17,7 @@
 #include <regex>
 #include <sstream>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using nlohmann::json;
 
@@ -579,6 +580,8 @@ TEST(OvikctlFailure, OfUsageIsToldBeforeAnythingIsSent)
         {{"watch", "nonsense"}, "there is no command \"nonsense\""},
         {{"completion", "fish"}, "fish"},
         {{"batch"}, "file is required"},
+        {{"--service-user", "no one", "list"},
+         "there is no user \"no one\": give a name or a number"},
     };
     for (const auto& [words, error] : table) {
         Words nowhere = words;
@@ -664,6 +667,102 @@ TEST(OvikctlFailure, WithoutPermissionIs4)
     const Ran result = run({"--socket", peer.path(), "getBrightness"}, withoutPrivilege());
     EXPECT_EQ(result.status, 4);
     EXPECT_TRUE(contains(result.errors, "this user may not use " + peer.path())) << result.errors;
+}
+
+// --- Another user listens ------------------------------------------------------------------------
+
+class OvikctlStranger : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (geteuid() != 0)
+            GTEST_SKIP() << "only root can listen as another user";
+    }
+
+    /// Answers all requests of that many clients, and keeps the requests.
+    auto answering(int clients)
+    {
+        return [this, clients](ScriptedPeer& self) {
+            for (int i = 0; i < clients; ++i) {
+                self.accept();
+                for (std::string text = self.receive(); !text.empty(); text = self.receive()) {
+                    received.push_back(text.c_str());
+                    self.answer("0 75");
+                }
+            }
+        };
+    }
+
+    const std::string warning = "warning: process " + std::to_string(getpid()) +
+                                " of user unknown (4242), neither root nor you, listens at ";
+    Words received;
+};
+
+TEST_F(OvikctlStranger, IsWarnedOfAndGetsNoSecret)
+{
+    const TempDir dir;
+    std::ofstream(dir.path("file")) << "getBrightness\nsetInterfaceConfigJson eth0 s3cret\n";
+    struct Row {
+        Words words;
+        Words sent;
+        bool isRefused;
+    };
+    const Row table[] = {
+        {{"getBrightness"}, {"getBrightness"}, false},
+        {{"raw", "setVolatileParameter;k;v"}, {"setVolatileParameter;k;v"}, false},
+        {{"wait"}, {"?"}, false},
+        {{"setInterfaceConfigJson", "eth0", "s3cret"}, {}, true},
+        {{"serviceCommand", "wifi", "connect", "s3cret"}, {}, true},
+        {{"raw", "getBrightness", "setInterfaceConfigJsn;s3cret"}, {"getBrightness"}, true},
+        {{"batch", dir.path("file")}, {}, true},
+    };
+    for (const auto& [words, sent, isRefused] : table) {
+        received.clear();
+        auto peer = peerOf(otherUser, answering(1));
+        Words all = {"--socket", peer->path()};
+        all.insert(all.end(), words.begin(), words.end());
+        const Ran result = run(all);
+        peer.reset();
+        EXPECT_EQ(result.errors.substr(0, warning.size()), warning);
+        EXPECT_EQ(received, sent);
+        EXPECT_EQ(result.status, isRefused ? 8 : 0) << result.errors;
+        EXPECT_EQ(contains(result.errors, " was not sent: it may have a secret"), isRefused);
+        EXPECT_FALSE(contains(result.errors, "s3cret"));
+    }
+}
+
+TEST_F(OvikctlStranger, IsTheServicesUserWhenNamed)
+{
+    const auto peer = peerOf(otherUser, answering(1));
+    const Ran result = run({"--socket", peer->path(), "--service-user", "4242",
+                            "setInterfaceConfigJson", "eth0", "s3cret"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(OvikctlStranger, IsNeitherRootNorOneself)
+{
+    for (const uid_t user : {uid_t(0), otherUser}) {
+        const auto peer = peerOf(user, answering(1));
+        const Ran result = run({"--socket", peer->path(), "getBrightness"}, asOtherUser());
+        EXPECT_EQ(result.status, 0) << user;
+        EXPECT_EQ(result.errors, "") << user;
+    }
+}
+
+TEST_F(OvikctlStranger, IsWarnedOfOnceByWatch)
+{
+    const auto peer = peerOf(otherUser, answering(2));
+    Process watch(
+        ovikctl({"--socket", peer->path(), "watch", "getBrightness", "--interval", "0.01"}));
+    const auto hasTwoRounds = [&] {
+        const std::string& lines = watch.output();
+        return lines.find("75\n") != lines.rfind("75\n");
+    };
+    EXPECT_TRUE(waitUntil(hasTwoRounds));
+    EXPECT_EQ(watch.errors().find("warning: "), 0u);
+    EXPECT_EQ(watch.errors().rfind("warning: "), 0u);
 }
 
 // --- Waiting and watching ------------------------------------------------------------------------

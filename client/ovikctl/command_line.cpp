@@ -3,8 +3,10 @@
 #include "client/ovikctl/output.h"
 #include "client/ovikctl/verbs.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <pwd.h>
 
 namespace
 {
@@ -46,6 +48,19 @@ std::string isSeconds(const std::string& text)
     if (CLI::detail::lexical_cast(text, seconds) && seconds >= 0.001 && seconds <= 1000000)
         return "";
     return "give a number of seconds from 0.001 to 1000000";
+}
+
+uid_t userOf(const std::string& name)
+{
+    if (const passwd* const entry = getpwnam(name.c_str()))
+        return entry->pw_uid;
+    uid_t user = 0;
+    const char* const end = name.data() + name.size();
+    const auto [stop, error] = std::from_chars(name.data(), end, user);
+    if (error != std::errc() || stop != end)
+        throw CLI::ValidationError("--service-user",
+                                   "there is no user \"" + name + "\": give a name or a number");
+    return user;
 }
 } // namespace
 
@@ -89,6 +104,12 @@ void CommandLine::addOptions()
     m_app.add_flag("-q,--quiet", m_settings.quiet, "Print failures only");
     m_app.add_option("--socket", m_settings.socket, "Where the service listens")
         ->option_text("PATH");
+    m_app
+        .add_option_function<std::string>(
+            "--service-user",
+            [this](const std::string& name) { m_settings.serviceUser = userOf(name); },
+            "Who runs the service, when neither root nor you")
+        ->option_text("USER");
     m_app
         .add_option("--timeout", m_settings.timeout,
                     "How long to wait for an answer; 30, for serviceCommand 70, for doctor 5")

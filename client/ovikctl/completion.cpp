@@ -71,7 +71,7 @@ _ovikctl() {
     hint() { [ -n "$word" ] || { compopt -o nosort; COMPREPLY=("$1" ' '); }; }
     for ((i = 1; i < COMP_CWORD; ++i)); do
         case ${COMP_WORDS[i]} in
-        --socket | --timeout | --interval)
+        --socket | --service-user | --timeout | --interval)
             ((++i))
             [ "${COMP_WORDS[i]}" != = ] || ((++i))
             ;;
@@ -109,7 +109,7 @@ void printBash(const CLI::App& program, const Verbs& verbs)
     std::cout << "    esac\n"
                  "    case $before:$verb:$place:$word in\n"
                  "    --socket:*) files ;;\n"
-                 "    --timeout:* | --interval:*) ;;\n"
+                 "    --service-user:* | --timeout:* | --interval:*) ;;\n"
                  "    *:*:*:-*) offer \"$options\" ;;\n"
                  "    *::0:*) offer "
               << shellQuoted(join(namesOf(verbs))) << " ;;\n"

@@ -1,20 +1,34 @@
 #pragma once
 
 #include "client/ovikctl/failure.h"
+#include "client/ovikctl/request.h"
 #include "client/ovikctl/settings.h"
 
 #include <memory>
+
+/// "alice (1001)"
+std::string nameOfUser(uid_t user);
+
+/// True for who may listen without a warning: root, this user, and the one of --service-user.
+bool isTrusted(uid_t user, const Settings& settings);
 
 /// A connection to the service for as long as it is needed: others wait meanwhile.
 class Connection
 {
 public:
-    /// Throws a Failure.
-    Connection(const std::string& path, const Deadline& deadline);
+    /// Throws a Failure. Warns, once for each such process, when a user who is not trusted listens,
+    /// unless the caller reports it.
+    Connection(const Settings& settings, const Deadline& deadline, bool isReported = false);
+
+    /// "process 123 of user alice (1001)" when that user is not trusted, else empty.
+    const std::string& stranger() const { return m_stranger; }
+
+    /// Throws a Failure for a request that may have a secret, when a stranger listens.
+    void requireMaySend(const Request& request) const;
 
     /// The answer holds until the next request. Throws a Failure, after which there is no
     /// connection any more.
-    ovik_client_answer ask(const std::string& request, const Deadline& deadline);
+    ovik_client_answer ask(const Request& request, const Deadline& deadline);
 
     ovik_client* client() { return m_client.get(); }
 
@@ -23,5 +37,6 @@ private:
         void operator()(ovik_client* client) const { ovik_client_close(client); }
     };
     std::string m_path;
+    std::string m_stranger;
     std::unique_ptr<ovik_client, Closer> m_client;
 };

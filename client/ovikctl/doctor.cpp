@@ -4,9 +4,11 @@
 #include "client/ovikctl/verbs.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace
 {
@@ -58,35 +60,77 @@ private:
 
 constexpr const char* endedMeanwhile = "it ended meanwhile";
 constexpr const char* start = "start the service: systemctl start ovik_server";
+constexpr const char* restart =
+    "restart the service, whose unit makes the link anew: systemctl restart ovik_server; without "
+    "systemd, remove it first";
 
-bool socketIsThere(const std::string& path, Findings& findings)
+std::string targetOf(const std::string& link)
 {
+    std::string target(PATH_MAX, '\0');
+    const ssize_t length = readlink(link.c_str(), target.data(), target.size());
+    target.resize(length > 0 ? static_cast<size_t>(length) : 0);
+    return target;
+}
+
+/// False when there is nothing to connect to.
+bool socketIsThere(const Settings& settings, Findings& findings)
+{
+    const std::string& path = settings.socket;
+    std::string shown = path;
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) {
+    bool isThere = lstat(path.c_str(), &status) == 0;
+    if (isThere && S_ISLNK(status.st_mode)) {
+        // The owner of a link can put another in its place at any time.
+        if (!isTrusted(status.st_uid, settings)) {
+            findings.bad(noService, "socket",
+                         path + " is a link of user " + nameOfUser(status.st_uid) + ", not of root",
+                         restart);
+            return false;
+        }
+        shown += " -> " + targetOf(path);
+        isThere = stat(path.c_str(), &status) == 0;
+        if (!isThere && errno == ENOENT) {
+            findings.bad(noService, "socket",
+                         "the target of " + shown + " does not exist: the service is stopped",
+                         start);
+            return false;
+        }
+    }
+    if (!isThere) {
         if (errno == EACCES)
-            findings.bad(noPermission, "socket", "this user may not enter the folder of " + path,
+            findings.bad(noPermission, "socket", "this user may not enter the folder of " + shown,
                          "be a user that may, as with sudo");
         else
-            findings.bad(noService, "socket", "there is no " + path, start);
+            findings.bad(noService, "socket", "there is no " + shown, start);
         return false;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        findings.bad(noService, "socket", path + " is there, but is no socket",
-                     "remove it and start the service");
+        findings.bad(noService, "socket",
+                     shown + " is there, but is no socket; it is of user " +
+                         nameOfUser(status.st_uid),
+                     restart);
         return false;
     }
-    findings.good("socket", path + " is there");
+    findings.good("socket", shown + " is there");
     return true;
 }
 
 /// Empty when nobody serves there.
-std::optional<Connection> connect(const std::string& path, const Deadline& deadline,
+std::optional<Connection> connect(const Settings& settings, const Deadline& deadline,
                                   Findings& findings)
 {
+    const std::string& path = settings.socket;
     try {
-        std::optional<Connection> connection(std::in_place, path, deadline);
+        std::optional<Connection> connection(std::in_place, settings, deadline, true);
         findings.good("permission", "this user may use it");
         findings.good("type", "somebody listens there, in the way of the service");
+        if (!connection->stranger().empty())
+            findings.bad(noService, "listener",
+                         connection->stranger() +
+                             ", neither root nor you, listens: it reads what is sent, and its "
+                             "answers may be false",
+                         "end it and restart the service, systemctl restart ovik_server, or name "
+                         "the service's user with --service-user");
         return connection;
     } catch (const Failure& failure) {
         if (failure.code == noPermission)
@@ -113,7 +157,7 @@ std::optional<Connection> connect(const std::string& path, const Deadline& deadl
 bool serviceAnswers(Connection& connection, const Deadline& deadline, Findings& findings)
 {
     try {
-        if (connection.ask(noCommand, deadline).status == OVIK_NOT_RUN) {
+        if (connection.ask(rawRequest(noCommand), deadline).status == OVIK_NOT_RUN) {
             findings.good("service", "it answers");
             return true;
         }
@@ -165,7 +209,8 @@ void examinePlatform(Connection& connection, Milliseconds bound, Findings& findi
     std::vector<status_t> statuses;
     try {
         for (const Facility& facility : facilities)
-            statuses.push_back(connection.ask(facility.request, Deadline(bound)).status);
+            statuses.push_back(
+                connection.ask(rawRequest(facility.request), Deadline(bound)).status);
     } catch (const Failure& failure) {
         const Facility& asked = facilities[statuses.size()];
         if (failure.code == timedOut)
@@ -197,9 +242,9 @@ int runDoctor(const Settings& settings)
 {
     const Milliseconds bound = settings.bound(5s);
     Findings findings(settings);
-    if (!socketIsThere(settings.socket, findings))
+    if (!socketIsThere(settings, findings))
         return findings.result();
-    auto connection = connect(settings.socket, Deadline(bound), findings);
+    auto connection = connect(settings, Deadline(bound), findings);
     if (connection && serviceAnswers(*connection, Deadline(bound), findings))
         examinePlatform(*connection, bound, findings);
     return findings.result();

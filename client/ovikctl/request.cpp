@@ -60,6 +60,8 @@ std::string withoutSecrets(const Request& request)
     return text;
 }
 
+bool mayHaveSecret(const Request& request) { return withoutSecrets(request) != request.text; }
+
 std::string commandWordOf(const std::string& request)
 {
     return request.substr(0, request.find(';'));

@@ -39,6 +39,9 @@ std::string commandWordOf(const std::string& request);
 /// "setInterfaceConfigJson;eth0;...": its text up to what may be a secret.
 std::string withoutSecrets(const Request& request);
 
+/// True when withoutSecrets() leaves something out.
+bool mayHaveSecret(const Request& request);
+
 /// The lines of a file but for the empty ones; "-" is standard input. Throws a Failure that names
 /// the line when it has a NUL or @p take refuses it, or when the file cannot be read to its end.
 void forEachLine(const std::string& name, const std::function<void(const std::string&)>& take);

@@ -38,8 +38,8 @@ public:
         const Deadline deadline(m_settings.bound(request.bound()));
         try {
             if (!m_connection)
-                m_connection.emplace(m_settings.socket, deadline);
-            if (!report(m_settings, request, m_connection->ask(request.text, deadline)))
+                m_connection.emplace(m_settings, deadline);
+            if (!report(m_settings, request, m_connection->ask(request, deadline)))
                 m_result = refused;
         } catch (const Failure& failure) {
             tellAsJson(m_settings, request, failure);
@@ -105,8 +105,8 @@ int runRequest(const Settings& settings, const Request& request)
 {
     try {
         const Deadline deadline(settings.bound(request.bound()));
-        Connection connection(settings.socket, deadline);
-        const ovik_client_answer answer = connection.ask(request.text, deadline);
+        Connection connection(settings, deadline);
+        const ovik_client_answer answer = connection.ask(request, deadline);
         if (settings.json)
             printLine(jsonOf(request, answer));
         else if (answer.status == OVIK_OK && hasValue(request))
@@ -142,7 +142,9 @@ int runBatch(const Settings& settings, const std::string& file)
     const Deadline deadline(settings.bound(boundOfAll(requests)));
     std::optional<Connection> connection;
     try {
-        connection.emplace(settings.socket, deadline);
+        connection.emplace(settings, deadline);
+        for (const Request& request : requests)
+            connection->requireMaySend(request);
     } catch (const Failure& failure) {
         for (const Request& request : requests)
             tellAsJson(settings, request, failure);

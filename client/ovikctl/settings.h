@@ -7,6 +7,7 @@
 #include <climits>
 #include <optional>
 #include <string>
+#include <sys/types.h>
 
 using namespace std::chrono_literals;
 using Milliseconds = std::chrono::milliseconds;
@@ -14,7 +15,8 @@ using Milliseconds = std::chrono::milliseconds;
 /// What the options say that each verb takes.
 struct Settings {
     std::string socket = OVIK_CLIENT_SOCKET;
-    std::optional<double> timeout; ///< in seconds; each verb has a bound of its own
+    std::optional<uid_t> serviceUser; ///< trusted like root
+    std::optional<double> timeout;    ///< in seconds; each verb has a bound of its own
     bool json = false;
     bool quiet = false;
 

@@ -11,7 +11,7 @@ namespace
 void requirePlatform(Connection& connection, const Deadline& deadline)
 {
     const auto answers = [&](const Facility& facility) {
-        return connection.ask(facility.request, deadline).status == OVIK_OK;
+        return connection.ask(rawRequest(facility.request), deadline).status == OVIK_OK;
     };
     if (!std::any_of(facilities.begin(), facilities.end(), answers))
         throw Failure(refused, "the service is there, but no platform yet: see whether it is on "
@@ -27,8 +27,8 @@ int runWait(const Settings& settings, bool forPlatform)
     while (!last || !deadline.isOver()) {
         const bool isCutShort = deadline.left() < 1000;
         try {
-            Connection connection(settings.socket, deadline);
-            connection.ask(noCommand, deadline);
+            Connection connection(settings, deadline);
+            connection.ask(rawRequest(noCommand), deadline);
             if (forPlatform)
                 requirePlatform(connection, deadline);
             return allDone;

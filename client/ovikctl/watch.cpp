@@ -59,9 +59,9 @@ public:
         Round round;
         try {
             const Deadline deadline(m_settings.bound(m_bound));
-            Connection connection(m_settings.socket, deadline);
+            Connection connection(m_settings, deadline);
             for (const Request& request : m_requests) {
-                const ovik_client_answer answer = connection.ask(request.text, deadline);
+                const ovik_client_answer answer = connection.ask(request, deadline);
                 round.values.push_back(answer.status == OVIK_OK ? answer.text
                                                                 : statusInWords(answer.status));
                 round.objects.push_back(jsonOf(request, answer));

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <stdexcept>
 #include <unistd.h>
 
 namespace
@@ -52,4 +53,21 @@ Words withoutPrivilege()
     if (geteuid() != 0)
         return {};
     return {"setpriv", "--bounding-set=-dac_override,-dac_read_search"};
+}
+
+Words asOtherUser()
+{
+    return {"setpriv", "--reuid=" + std::to_string(otherUser), "--inh-caps=+dac_override",
+            "--ambient-caps=+dac_override"};
+}
+
+std::unique_ptr<ScriptedPeer> peerOf(uid_t user, std::function<void(ScriptedPeer&)> script)
+{
+    const uid_t self = geteuid();
+    if (seteuid(user) != 0)
+        throw std::runtime_error("cannot become user " + std::to_string(user));
+    auto peer = std::make_unique<ScriptedPeer>(std::move(script));
+    if (seteuid(self) != 0)
+        throw std::runtime_error("cannot become user " + std::to_string(self));
+    return peer;
 }
