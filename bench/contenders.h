@@ -1,88 +1,51 @@
 #pragma once
 
+#include "bench/timing.h"
 #include "client/ovik_client.h"
 
-#include <memory>
+#include "ComWenuOVIKBacklightInterface.h"
+#include "ComWenuOVIKBuzzerInterface.h"
+#include "ComWenuOVIKGeneratedInterface.h"
+#include "ComWenuOVIKSysStatInterface.h"
+
 #include <string>
 #include <vector>
 
-/// A request that reads, and the call of the platform that it comes to.
-struct Read {
-    const char* request;
-    const char* path;
-    const char* interface;
-    const char* method;
-    char type; ///< of its answer, as D-Bus writes it
-};
-
-extern const Read brightness;
-/// A control cycle's reads.
-const std::vector<Read>& cycle();
-
-/// The service, or what serves the same way, through the client library.
-class Service
+/// A client of the service, or of a server with the same protocol.
+class ServiceClient
 {
 public:
-    explicit Service(const std::string& path = OVIK_CLIENT_SOCKET);
-    ~Service();
-    Service(const Service&) = delete;
-    Service& operator=(const Service&) = delete;
+    explicit ServiceClient(const std::string& path = OVIK_CLIENT_SOCKET);
+    ~ServiceClient() { ovik_client_close(m_client); }
+    ServiceClient(const ServiceClient&) = delete;
+    ServiceClient& operator=(const ServiceClient&) = delete;
 
-    /// Sends them back to back; each answer must have the status.
+    /// Sends @p requests back to back. Throws unless every answer has the status.
     void batch(const std::vector<const char*>& requests, int status = OVIK_OK);
-    /// The answer's text.
-    std::string single(const char* request);
 
 private:
     ovik_client* m_client;
 };
 
-/// A client that keeps a number of requests under way.
-class Window
+/// Sends so many equal requests in one batch.
+Contender batch(ServiceClient& client, const char* request, int count, int status = OVIK_OK);
+
+/// A Qt program that calls the platform itself: blocking calls with generated clients.
+class DirectProgram
 {
 public:
-    explicit Window(const std::string& path = OVIK_CLIENT_SOCKET);
-    ~Window();
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-
-    void run(const std::string& request, int count, int outstanding);
-
-private:
-    int m_fd;
-};
-
-/// What a program in Qt does instead: blocking calls with the clients that qdbusxml2cpp makes.
-class QtProgram
-{
-public:
-    QtProgram();
-    ~QtProgram();
     void getBrightness();
-    /// The calls that cycle() comes to.
-    void readCycle();
-    void readEeprom(int length);
-    /// All system parameters.
-    void readDocument();
+    /// The calls of getBrightness, getBuzzerMode, getSysCounter and getAvailableMemory.
+    void readFour();
 
 private:
-    struct Clients;
-    const std::unique_ptr<Clients> m_clients;
+    const QString m_service = "com.wenu.OVIK";
+    const QDBusConnection m_bus = QDBusConnection::systemBus();
+    ComWenuOVIKBacklightInterface m_backlight{m_service, "/Backlight", m_bus};
+    ComWenuOVIKBuzzerInterface m_buzzer{m_service, "/Buzzer", m_bus};
+    ComWenuOVIKGeneratedInterface m_ovik{m_service, "/", m_bus};
+    ComWenuOVIKSysStatInterface m_sysStat{m_service, "/SysStat", m_bus};
 };
 
-/// What a program without Qt does instead: blocking calls with libsystemd.
-class SdBusProgram
-{
-public:
-    SdBusProgram();
-    ~SdBusProgram();
-    SdBusProgram(const SdBusProgram&) = delete;
-    SdBusProgram& operator=(const SdBusProgram&) = delete;
-    void call(const Read& read);
-
-private:
-    struct sd_bus* m_bus = nullptr;
-};
-
-/// What a script does instead: a process for the request.
-void runBusctl(const Read& read);
+/// getBrightness as a script does it: a busctl process.
+void runBusctl();

@@ -1,6 +1,6 @@
-// Measures what the service costs, beside what its user would do instead; see bench.sh.
+// Measures what the service costs in comparison with its alternatives; see bench.sh.
 
-#include "bench/bench.h"
+#include "bench/measurements.h"
 #include "tests/support/private_bus.h"
 
 #include <QCoreApplication>
@@ -10,35 +10,15 @@
 #include <cstring>
 #include <iterator>
 
-ReadyServer::ReadyServer(const std::vector<std::string>& prefix) : Server(prefix)
-{
-    if (!waitForPlatform())
-        throw std::runtime_error("the server does not find the platform");
-}
-
 namespace
 {
 const struct {
     const char* name;
     void (*measure)(Report&, const Effort&);
 } parts[] = {
-    {"requests", measureRequests},   {"bridge", measureBridge},           {"start", measureStart},
-    {"footprint", measureFootprint}, {"allocations", measureAllocations}, {"growth", measureGrowth},
+    {"requests", measureRequests},   {"bridge", measureBridge}, {"start", measureStart},
+    {"footprint", measureFootprint}, {"growth", measureGrowth},
 };
-
-int run(const std::string& directory, const Effort& effort, const char* only)
-{
-    const PrivateBus bus;
-    Process panel({OVIK_PANEL_SIM_PATH});
-    if (!panel.waitForOutput("ovik_panel_sim: ready"))
-        throw std::runtime_error("no panel: " + panel.errors());
-    Report report(directory);
-    for (const auto& part : parts) {
-        if (!only || strcmp(only, part.name) == 0)
-            part.measure(report, effort);
-    }
-    return 0;
-}
 } // namespace
 
 int main(int argc, char* argv[])
@@ -47,14 +27,21 @@ int main(int argc, char* argv[])
     const bool quick = argc > 1 && strcmp(argv[1], "--quick") == 0;
     argc -= quick;
     argv += quick;
-    const auto isNamed = [&](const auto& part) { return strcmp(argv[2], part.name) == 0; };
-    if (argc < 2 || argc > 3 ||
-        (argc == 3 && std::none_of(std::begin(parts), std::end(parts), isNamed))) {
+    const auto isWanted = [&](const auto& part) {
+        return argc < 3 || strcmp(argv[2], part.name) == 0;
+    };
+    if (argc < 2 || argc > 3 || std::none_of(std::begin(parts), std::end(parts), isWanted)) {
         fputs("usage: ovik_bench [--quick] DIRECTORY [PART]\n", stderr);
         return 2;
     }
     try {
-        return run(argv[1], {quick}, argc > 2 ? argv[2] : nullptr);
+        const PrivateBus bus;
+        const ReadyPanel panel("0,2");
+        Report report(argv[1]);
+        for (const auto& part : parts) {
+            if (isWanted(part))
+                part.measure(report, {quick});
+        }
     } catch (const std::exception& error) {
         fprintf(stderr, "ovik_bench: %s\n", error.what());
         return 1;

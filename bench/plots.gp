@@ -1,43 +1,42 @@
-# gnuplot -e "data='DIRECTORY'; plots='DIRECTORY'" plots.gp: what ovik_bench has measured, as pictures.
-set terminal svg size 640,400 font "sans-serif,12" background "white"
+# gnuplot -e "data='DIRECTORY'; plots='DIRECTORY'" plots.gp: draws what ovik_bench has measured.
+set terminal svg size 640,420 font "sans-serif,12" background "white"
 set grid
-set style data linespoints
-set key below
+set key outside top center horizontal
+set style line 1 lc 3 lw 2 pt 7 ps 0.5
+set style line 9 lc "red" lw 2 dt 2 # a goal
 
 set output plots."/window.svg"
-set title "getBrightness over the requests under way at a time"
+set title "Rate of getBrightness by requests under way"
 set xlabel "requests under way"
-set ylabel "rate, of blocking Qt D-Bus calls"
+set ylabel "rate / rate of blocking Qt D-Bus calls"
 set logscale x 2
-set yrange [0:1.2<*]
-plot data."/window.tsv" using 1:2:3:4 with yerrorbars pt 7 ps 0.5 lc 1 title "quartiles", \
-     "" using 1:2 with lines lc 1 title "median", 1 with lines dt 2 lc "gray" title "Qt D-Bus"
-
-set output plots."/size.svg"
-set title "Over the size of the answer"
-set xlabel "bytes of the answer"
-set ylabel "rate, of blocking Qt D-Bus calls"
-set logscale x 10
-plot data."/size.tsv" using (strcol(5)[1:6] eq "seepro" ? $1 : NaN):2:3:4 with yerrorlines pt 7 ps 0.5 title "seepromRead", \
-     "" using (strcol(5)[1:6] eq "getAll" ? $1 : NaN):2:3:4 with yerrorlines pt 7 ps 0.5 title "getAllSystemParametersJson", \
-     1 with lines dt 2 lc "gray" title "Qt D-Bus"
+set xrange [0.8:80]
+set yrange [0:1<*]
+plot data."/window.tsv" using 1:2:3:4 with yerrorbars ls 1 title "median and quartiles", \
+     "" using 1:2 with lines ls 1 notitle, 0.8 with lines ls 9 title "goal: at least 0.8"
+unset logscale x
 
 set output plots."/latency.svg"
-set title "getBrightness, one after the answer of the other"
-unset logscale x
-set xlabel "time, of the idle sleep (10 ms)"
-set ylabel "% of the requests that took less"
+set title "Latency of single requests"
+set xlabel "latency, ms"
+set ylabel "share of requests, %"
+set xrange [0:20]
 set yrange [0:100]
-set xrange [0:2]
-plot data."/latency.tsv" using ($1/10):2 with lines title "single requests"
+set parametric
+set trange [0:100]
+plot data."/latency.tsv" using 1:2 with lines ls 1 title "answered within", \
+     10, t with lines lc "gray40" lw 1.5 dt 2 title "idle sleep of the service (10 ms)"
+unset parametric
 
 set output plots."/requests.svg"
-set title "Over the requests served"
-set xlabel "requests"
-set ylabel "of what it was at the first point"
+set title "Memory and time over the number of requests"
+set xlabel "requests, thousands"
+set ylabel "value / value at the first point"
 set xrange [0:*]
 set yrange [0:2]
-plot data."/requests.tsv" using 1:2 with lines lw 2 title "private memory", \
-     "" using 1:3 with lines lw 2 title "resident memory", \
-     "" using 1:4 with lines title "pipelined time over a Qt D-Bus call's", \
-     "" using 1:5 with lines title "slowest of 5 single ones over an idle sleep + a Qt D-Bus call"
+plot data."/requests.tsv" using ($1/1000):4 with lines lc 1 title "time of a batch", \
+     "" using ($1/1000):5 with lines lc 2 title "latency of single requests", \
+     "" using ($1/1000):2 with lines lc 3 lw 4 title "private memory", \
+     "" using ($1/1000):3 with lines lc 4 lw 2 title "resident memory", \
+     1.25 with lines ls 9 title "goal for times: at most 1.25", \
+     1 with lines ls 9 dt 3 title "goal for memory: at most 1"

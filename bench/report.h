@@ -1,50 +1,44 @@
 #pragma once
 
-#include "bench/rounds.h"
+#include "bench/timing.h"
 
 #include <fstream>
-#include <initializer_list>
 #include <string>
 
-enum class Goal { None, AtLeast, AtMost };
+/// The bound that a ratio has to meet.
+struct Goal {
+    enum Kind { None, AtLeast, AtMost } kind = None;
+    double bound = 0;
+};
 
-/// The table of ratios, on standard output and as a file; and files of points to plot.
+/// Writes the table of ratios, to standard output and to table.md, and the files of points to plot.
 class Report
 {
 public:
     explicit Report(const std::string& directory);
-    ~Report();
 
-    /// Begins a part of the table.
-    void part(const std::string& title);
     /**
-     * A line of the table.
+     * Adds a line to the table.
      *
      * @param ratios one per round
-     * @param took   what was compared, "12 us / 15 us" or "80/s / 100/s": an absolute figure stands
-     *               beside its ratio
+     * @param values numerator and denominator in their unit, such as "12 us / 15 us"
      */
-    void row(const std::string& what, const std::string& against, const Rounds& ratios,
-             const std::string& took, Goal goal = Goal::None, double bound = 0);
-    /// What belongs to the part but is no ratio.
-    void remark(const std::string& text);
+    void row(const std::string& what, const std::string& comparedWith, const Samples& ratios,
+             const std::string& values, const Goal& goal = {});
 
+    /// A file of points for bench/plots.gp.
     std::ofstream points(const std::string& name) const;
 
 private:
     std::string m_directory;
     std::ofstream m_table;
-    std::ofstream m_tsv;
-    std::string m_part;
-    int m_missed = 0;
-    int m_goals = 0;
 };
 
-/// "12.3 us"
-std::string duration(double nanoseconds);
-/// "12.3 us / 45.6 us", of the medians
-std::string durations(const Rounds& ours, const Rounds& others);
-/// "123/s / 456/s", of the medians of what took so long
-std::string rates(const Rounds& ours, const Rounds& others);
+/// "12.3 us / 45.6 us", of the medians.
+std::string durations(const Samples& ours, const Samples& others);
+/// "123/s / 456/s", of the medians of the ns that one operation took.
+std::string rates(const Samples& ours, const Samples& others);
+/// "123 / 456 KiB", of the medians.
+std::string kibibytes(const Samples& ours, const Samples& others);
 /// As printf().
 std::string format(const char* form, ...) __attribute__((format(printf, 1, 2)));

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "bench/report.h"
+#include "tests/support/server.h"
+
+#include <stdexcept>
+
+/// How long the service sleeps when no request waits, in ns.
+inline constexpr double idleSleep = 10e6;
+
+/// A quick run has a fifth of the rounds.
+struct Effort {
+    bool quick;
+    int rounds(int full) const { return quick ? (full + 4) / 5 : full; }
+};
+
+// Each writes its rows of the table. The simulated panel runs on this process's system bus.
+void measureRequests(Report& report, const Effort& effort);
+void measureBridge(Report& report, const Effort& effort);
+void measureStart(Report& report, const Effort& effort);
+void measureFootprint(Report& report, const Effort& effort);
+void measureGrowth(Report& report, const Effort& effort);
+
+/// A program that has printed @p ready.
+struct ReadyProcess : Process {
+    ReadyProcess(const std::vector<std::string>& command, const std::string& ready)
+        : Process(command)
+    {
+        if (!waitForOutput(ready))
+            throw std::runtime_error(command.front() + " does not start: " + errors());
+    }
+};
+
+/// The simulated panel with plug-in modules in these slots, such as "0,2".
+struct ReadyPanel : ReadyProcess {
+    explicit ReadyPanel(const std::string& modules)
+        : ReadyProcess({OVIK_PANEL_SIM_PATH, "--slots", modules}, "ovik_panel_sim: ready")
+    {
+    }
+};
+
+/// The service, after its first answer from the platform.
+struct ReadyServer : Server {
+    ReadyServer()
+    {
+        if (!waitForPlatform())
+            throw std::runtime_error("the service does not find the platform");
+    }
+};
