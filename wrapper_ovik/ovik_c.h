@@ -83,10 +83,6 @@ enum ovik_mode {
  * @param mode an ovik_mode. A backend that fails to initialise, or any other mode, leaves no
  *             backend in use and does not make this fail. Ignored when already initialised or
  *             waiting again.
- * With the modes for D-Bus, a bus that accepts the connection and never answers blocks the
- * application thread for ever, and so every request after OVIK_OK. The program can then not end by
- * exit() or by returning from main(): both wait for that connection. _exit() or a signal ends it.
- *
  * @return OVIK_OK, at once when already initialised; OVIK_NO_THREAD (-2);
  *         OVIK_NO_APPLICATION (-3) when the application did not appear in time, as with a bus
  *         that does not answer. It may still appear later: call again to go on waiting;
