@@ -50,14 +50,36 @@ bool isSomebodyWaiting(int listenSock)
     return poll(&listener, 1, 0) > 0;
 }
 
-/// True when a descriptor that was just given leaves the rest of the process few to open: a search
-/// for the platform takes some at each try, whoever is connected meanwhile.
+/// True when @p descriptor, the newest one, leaves fewer than 16 to open: each attempt to reach the
+/// platform needs some, also while a client is connected.
 bool areFewLeftAbove(int descriptor)
 {
     constexpr rlim_t few = 16;
     rlimit limit = {};
     return descriptor != -1 && getrlimit(RLIMIT_NOFILE, &limit) == 0 &&
            static_cast<rlim_t>(descriptor) + few >= limit.rlim_cur;
+}
+
+/// Refuses further messages and frees the unread ones with the descriptors they carry, which could
+/// be files in memory of any size. shutdown() alone frees nothing.
+void discardUnread(int sock)
+{
+    shutdown(sock, SHUT_RD);
+
+    // An empty message and the end of the queue both receive 0 bytes. When a socket wants its
+    // sender's credentials and a receive has no room for them, only a message sets MSG_CTRUNC.
+    const int on = 1;
+    setsockopt(sock, SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
+
+    // A sender's buffer has room for 278 messages by default, for 10,923 with a net.core.wmem_max
+    // of 4 MiB. Only a privileged sender gets beyond that setting.
+    constexpr int most = 65536;
+    for (int i = 0; i < most; ++i) {
+        msghdr message = {};
+        const bool failed = recvmsg(sock, &message, MSG_DONTWAIT) == -1; // a reset is reported once
+        if (!failed && !(message.msg_flags & MSG_CTRUNC))
+            return;
+    }
 }
 } // namespace
 
@@ -102,6 +124,18 @@ bool DomainServer::accept()
     return m_dataSock != -1;
 }
 
+void DomainServer::forget()
+{
+    constexpr size_t mostForgotten = 16;
+    discardUnread(m_dataSock);
+    m_forgotten.push_back(m_dataSock);
+    m_dataSock = -1;
+    if (m_forgotten.size() > mostForgotten) {
+        close(m_forgotten.front());
+        m_forgotten.erase(m_forgotten.begin());
+    }
+}
+
 void DomainServer::closeForgotten()
 {
     for (const int sock : m_forgotten)
@@ -121,9 +155,7 @@ bool DomainServer::process()
         return false;
     }
     if (received == 0) {
-        // The descriptor stays open on purpose; accept() closes it when descriptors get scarce.
-        m_forgotten.push_back(m_dataSock);
-        m_dataSock = -1;
+        forget();
         return false;
     }
     // The guard ends the buffer, not the message: a request without its NUL runs on into what an

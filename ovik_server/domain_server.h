@@ -34,6 +34,12 @@ public:
     /**
      * One poll step: accepts a client if there is none, then receives at most one message.
      *
+     * A client has ended when it has closed its socket, shut down its sending half, or sent an
+     * empty message. What it has sent and was not received is discarded at once, and sending on
+     * fails with EPIPE: nothing of it would ever be received, yet it would occupy memory. The
+     * client's descriptor stays open, so that the client sees no end of its answers, until 16 later
+     * clients have ended or descriptors are short.
+     *
      * @return true exactly when a request was received and handed to handleReq().
      */
     bool process();
@@ -53,13 +59,16 @@ public:
 
 private:
     bool accept();
+    /// Takes leave of a client that has ended; see process().
+    void forget();
+    /// The last resort when descriptors are short.
     void closeForgotten();
 
     int m_listenSock = -1;
     int m_dataSock = -1;
     int m_result = 0;
     std::string m_sockName;
-    /// Descriptors of clients that have gone; see process() and accept().
+    /// Descriptors of clients that have ended, the oldest first.
     std::vector<int> m_forgotten;
     /// Cleared, so that even a first request without its NUL reads defined bytes.
     char m_buffer[5000] = {};

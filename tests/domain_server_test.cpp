@@ -235,20 +235,41 @@ TEST_F(SocketServer, TwentyWaitingClientsAreServedInTurn)
     }
 }
 
-TEST_F(SocketServer, TheDescriptorOfAClientThatLeftStaysOpen)
+TEST_F(SocketServer, TheDescriptorsOfTheLastSixteenClientsThatEndedStayOpen)
 {
     ASSERT_TRUE(server.start(path.c_str()));
-    const int before = openDescriptors();
-    for (int i = 0; i < 5; ++i) {
-        {
-            Client client(path);
-            client.send("x");
-            ASSERT_TRUE(serve(server));
-            EXPECT_EQ(client.receive(), "ok");
-        }
+    std::vector<std::unique_ptr<Client>> clients;
+    for (int i = 0; i < 18; ++i) {
+        clients.push_back(std::make_unique<Client>(path));
+        shutdown(clients.back()->fd(), SHUT_WR);
         EXPECT_FALSE(server.process());
     }
-    EXPECT_EQ(openDescriptors(), before + 5);
+    for (size_t i = 0; i < clients.size(); ++i)
+        EXPECT_EQ(clients[i]->receive(0ms), i < 2 ? "(connection closed)" : "(no response)") << i;
+}
+
+TEST_F(SocketServer, AClientThatEndedLeavesNothingUnreadAndCanSendNoMore)
+{
+    ASSERT_TRUE(server.start(path.c_str()));
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    Client client(path);
+    client.send("request");
+    ASSERT_TRUE(serve(server));
+    client.sendBytes(""); // is received like the end of a connection
+    client.sendBytes("");
+    for (const char* unread : {"", "text"})
+        ASSERT_TRUE(client.sendBytes(unread, {ends[1]}));
+    close(ends[1]);
+
+    EXPECT_FALSE(server.process());
+    char byte;
+    EXPECT_EQ(read(ends[0], &byte, 1), 0) << "an unread message still holds the other end";
+    close(ends[0]);
+    EXPECT_FALSE(client.send("later"));
+    EXPECT_EQ(errno, EPIPE);
+    EXPECT_EQ(client.receive(), "ok") << "what was answered before can be read";
+    EXPECT_EQ(server.requests.size(), 1u);
 }
 
 TEST_F(SocketServer, WhenDescriptorsRunOutTheForgottenOnesAreClosed)

@@ -191,6 +191,27 @@ TEST(FaultBus, ABusThatDiesInTheMiddleOfACallIsAFailureAtOnce)
     EXPECT_EQ(panel.server.process().wait(), 0);
 }
 
+// --- Strangers on the bus ------------------------------------------------------------------------
+
+/// Has another user of the bus send to the server, and returns when the server has received it.
+void sendAsStranger(FaultPanel& panel, const std::string& kind, int amount)
+{
+    const std::string pid = std::to_string(panel.server.process().pid());
+    Process stranger(commandOf(OVIK_BUS_STRANGER_PATH, {pid, kind, std::to_string(amount)}));
+    ASSERT_EQ(stranger.wait(), 0) << stranger.errors();
+    // The reply comes behind it.
+    EXPECT_EQ(Client(serverSocket).request("getBrightness", patienceFactor * 60s), "0 75");
+}
+
+TEST(FaultStranger, DescriptorsOnTheBusDoNoHarmHoweverManyClientsWereThere)
+{
+    constexpr int limit = 400; // enough for the burst
+    FaultPanel panel{{"prlimit", "--nofile=" + std::to_string(limit)}};
+    for (int i = 0; i < limit - 50; ++i)
+        Client client(serverSocket);
+    sendAsStranger(panel, "descriptors", 8);
+}
+
 // --- The platform dies ---------------------------------------------------------------------------
 
 class FaultCrash : public FaultTest

@@ -47,6 +47,24 @@ bool Client::sendBytes(const std::string& bytes)
            static_cast<ssize_t>(bytes.size());
 }
 
+bool Client::sendBytes(std::string bytes, const std::vector<int>& descriptors)
+{
+    const size_t size = descriptors.size() * sizeof(int);
+    iovec part = {bytes.data(), bytes.size()};
+    std::vector<char> control(CMSG_SPACE(size));
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(size);
+    memcpy(CMSG_DATA(header), descriptors.data(), size);
+    return sendmsg(m_fd, &message, MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+}
+
 std::optional<std::string> Client::receiveBytes(std::chrono::milliseconds bound)
 {
     pollfd event = {m_fd, POLLIN, 0};

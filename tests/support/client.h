@@ -18,6 +18,8 @@ public:
 
     /// Sends exactly these bytes as one message.
     bool sendBytes(const std::string& bytes);
+    /// The same, with descriptors.
+    bool sendBytes(std::string bytes, const std::vector<int>& descriptors);
     /// Sends a text with its NUL.
     bool send(const std::string& text) { return sendBytes(text + '\0'); }
     /// The next message with every byte of it; nothing when none comes in time.

@@ -14,15 +14,12 @@ inline const char* const goodAnswer = "0 75";
  * A server with a whole panel behind it, to which a test does something bad. After every test a new
  * client must be served, and the server must hold what it held before.
  *
- * The server has few descriptors, so that those of its clients are used up and freed again in the
- * middle of things. The platform answers goodRequest, 7 to "setVolatileParameter", and what it is
- * given to "setBuzzerMode".
+ * The server has few descriptors, so that it fails when it keeps some. The platform answers
+ * goodRequest, 7 to "setVolatileParameter", and what it is given to "setBuzzerMode".
  */
 class ClientFault : public testing::Test
 {
 protected:
-    static constexpr int descriptorLimit = 64;
-
     ClientFault();
     void SetUp() override;
     void TearDown() override;
@@ -30,11 +27,11 @@ protected:
     /// Takes what the server holds now as what it must be back at; call it when all is well.
     void remember();
     /// Serves so many clients in turn that the server has closed the descriptors of earlier ones.
-    void useUpDescriptors();
+    void forgetSixteenMore();
 
     PrivateBus bus;
     FakePlatform platform;
-    Server server{{"prlimit", "--nofile=" + std::to_string(descriptorLimit)}};
+    Server server{{"prlimit", "--nofile=64"}};
 
 private:
     Footprint m_before;

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <sstream>
 
-FaultPanel::FaultPanel()
+FaultPanel::FaultPanel(const std::vector<std::string>& prefix) : server(prefix)
 {
     startPlatform();
     if (!server.waitForPlatform())

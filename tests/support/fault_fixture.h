@@ -12,7 +12,8 @@
 
 /// A bus, a platform on which every command works, and the server. The platform may be gone.
 struct FaultPanel {
-    FaultPanel();
+    /// @param prefix what to run the server under, as for Server
+    explicit FaultPanel(const std::vector<std::string>& prefix = {});
 
     /// Ends the platform with whatever it has to answer yet.
     void endPlatform() { platform.reset(); }
@@ -30,9 +31,9 @@ std::vector<std::string> answersTo(Client& client, const std::vector<std::string
 /// Fails, and says which, unless every command is answered as its row says.
 void expectEveryCommandWorks(Client& client);
 
-/// KiB that a server may keep: two threads have a heap each, and the allocator keeps up to 128 KiB
-/// of what is freed at the top of a heap.
-constexpr long usualSlack = 2 * 128;
+/// KiB that a server may keep: an idle one returns free pages every second, but not those that
+/// small blocks in use share.
+constexpr long usualSlack = 256;
 
 /// Prints a measured value of the test that runs.
 void figure(const std::string& text);
