@@ -212,6 +212,25 @@ TEST(FaultStranger, DescriptorsOnTheBusDoNoHarmHoweverManyClientsWereThere)
     sendAsStranger(panel, "descriptors", 8);
 }
 
+TEST(FaultStranger, TheMemoryForASignalOf32MegabytesIsReturnedAndThatForSuchAReply)
+{
+    constexpr long slack = 8 * 1024; // KiB
+    FaultPanel panel;
+    const Footprint before = footprintOf(panel.server.process().pid());
+    for (int i = 0; i < 3; ++i) {
+        sendAsStranger(panel, "signal", 32000000);
+        expectNothingLeftBehind(panel.server.process().pid(), before, slack);
+    }
+    panel.platform->answer("OVIK.getVolatileParameter", replyFilledBy([](sd_bus_message* to) {
+                               sd_bus_message_open_container(to, 'a', "s");
+                               for (int bytes = 0; bytes < 31000000; bytes += 8)
+                                   sd_bus_message_append_basic(to, 's', "x");
+                               sd_bus_message_close_container(to);
+                           }));
+    EXPECT_EQ(Client(serverSocket).request("getVolatileParameter;k", patienceFactor * 60s), "0 ");
+    expectNothingLeftBehind(panel.server.process().pid(), before, slack);
+}
+
 // --- The platform dies ---------------------------------------------------------------------------
 
 class FaultCrash : public FaultTest
