@@ -144,10 +144,21 @@ has_property() { within systemctl show --property="$1" --value ovik_server | gre
 has_logged() { within journalctl --no-pager --unit=ovik_server | grep -F "$1"; }
 main_pid() { within systemctl show --property=MainPID --value ovik_server; }
 is_another_than() { [ "$(main_pid)" != 0 ] && [ "$(main_pid)" != "$1" ]; }
-no_socket() { ! within test -e /tmp/ovik_server.socket; }
-# By nobody, as a member of the group.
-asks_as() { within setpriv --reuid=nobody --regid="$1" --clear-groups ovikctl getBrightness; }
+# as_nobody GROUP COMMAND...
+as_nobody() { within setpriv --reuid=nobody --regid="$1" --clear-groups "${@:2}"; }
+asks_as() { as_nobody "$1" ovikctl getBrightness; }
 is_refused() { { asks_as "$1" 2>&1 || true; } | grep "may not use"; }
+fails() { ! "$@"; }
+
+path=/tmp/ovik_server.socket
+is_linked() {
+    within ls -l "$path"
+    [ "$(within stat --format='%U %N' "$path")" = \
+        "root '$path' -> '/run/ovik_server/ovik_server.socket'" ]
+}
+dangles() { is_linked && ! within test -e "$path"; }
+is_reached() { is_linked && answers getBrightness '0 77'; }
+nothing_is_there() { ! within test -e "$path" && ! within test -L "$path"; }
 
 # finds_nothing COMMAND...: it succeeds and prints nothing.
 finds_nothing() { "$@" >"$root.found" && cat "$root.found" && [ ! -s "$root.found" ]; }
@@ -183,6 +194,7 @@ installed() {
         check "has the page $page" within test -s "/usr/share/man/$page.gz"
     done
     check "names its page" has_property Documentation '.*man:ovik_server(8).*'
+    check "has its path linked" is_linked
     check "starts after the bus" has_property After '.*\<dbus.service\>.*'
     check "has the client library where programs look" within sh -c \
         'ldconfig -p | grep -q "libovik_client.so.1 "'
@@ -219,13 +231,80 @@ killed() {
 # Of a folder, the service cannot clear the way.
 the_socket_cannot_be_had() {
     within systemctl stop ovik_server
-    within mkdir /tmp/ovik_server.socket
+    within mkdir -p /run/ovik_server/ovik_server.socket
     within systemctl start ovik_server
     check "tries again" await has_property NRestarts '[1-9][0-9]*'
     check "says why" await has_logged 'ovik_server start failed'
     check "fails" await has_logged status=1/FAILURE
-    within rmdir /tmp/ovik_server.socket
+    within rmdir /run/ovik_server/ovik_server.socket
     check "answers as soon as it can" await answers getBrightness '0 [0-9]*'
+}
+
+# Another user takes the path as often as it is free, and answers whoever comes there.
+install_stranger() {
+    cat >"$root/opt/stranger" <<'END'
+use Socket;
+my $path = "/tmp/ovik_server.socket";
+my %attacks = (
+    folder => sub { mkdir $path },
+    full_folder => sub { mkdir $path and open my $file, ">", "$path/file" },
+    dangling_link => sub { symlink "/nowhere", $path },
+    right_link => sub { symlink "/run/ovik_server/ovik_server.socket", $path },
+    socket => sub {
+        socket my $server, AF_UNIX, SOCK_SEQPACKET, 0;
+        return unless bind $server, pack_sockaddr_un $path and listen $server, 9 and not fork;
+        while (accept my $client, $server) {
+            sysread $client, my $request, 5000;
+            syswrite $client, "0 66\0";
+        }
+    });
+$attacks{$ARGV[0]}->() while 1;
+END
+}
+is_taken_by() { [ "$(within stat --format=%U "$path")" = "$1" ] && ! is_linked; }
+
+the_path_is_attacked() {
+    local attack
+    install_stranger
+    for attack in folder full_folder dangling_link right_link socket; do
+        within systemctl stop ovik_server
+        within rm -rf "$path"
+        within systemd-run --quiet --unit=stranger --uid=nobody perl /opt/stranger "$attack"
+        check "$attack: comes first" await is_taken_by nobody
+        check "$attack: starts" within systemctl start ovik_server
+        check "$attack: is reached" await is_reached
+        check "$attack: restarts" within systemctl restart ovik_server
+        check "$attack: is reached after the restart" await is_reached
+        check "$attack: stops" within systemctl stop ovik_server
+        check "$attack: nobody else answers" fails within ovikctl getBrightness
+        check "$attack: the link stays" dangles
+        within systemctl stop stranger
+    done
+    within systemctl start ovik_server
+}
+
+a_second_is_started_by_hand() {
+    within systemd-run --quiet --unit=second ovik_server
+    check "takes the path" await is_taken_by root
+    check "the first restarts" within systemctl restart ovik_server
+    check "is reached again" await is_reached
+    within systemctl stop second
+}
+
+# As at boot, and as daily on a system that removes from /tmp what is old: here, everything.
+the_system_tidies_up() {
+    within tee /etc/tmpfiles.d/tmp.conf >/dev/null <<<'q /tmp 1777 root root 0'
+    within systemctl stop ovik_server
+    within rm "$path"
+    as_nobody nogroup ln -s /run/ovik_server/ovik_server.socket "$path"
+    within systemd-tmpfiles --remove --create --boot --exclude-prefix=/dev || true
+    check "the link at boot is root's" dangles
+    within systemctl start ovik_server
+    within touch /tmp/old
+    within systemd-tmpfiles --clean
+    check "old files go" fails within test -e /tmp/old
+    check "the link stays" await is_reached
+    within rm /etc/tmpfiles.d/tmp.conf
 }
 
 the_bus_restarts() {
@@ -256,6 +335,8 @@ others_than_root() {
     check "with the drop-in, it starts" within systemctl restart ovik_server
     check "a member of the group is served" await asks_as ovik
     check "and others still are not" is_refused nogroup
+    check "none of them writes to its folder" fails as_nobody ovik touch /run/ovik_server/file
+    check "none of them removes the link" fails as_nobody ovik rm -f "$path"
     within rm -r /etc/systemd/system/ovik_server.service.d
     within groupdel ovik
     within systemctl daemon-reload
@@ -266,7 +347,7 @@ quit_by_a_client() {
     check "answers" await answers quit 0
     check "ends" await is active inactive
     check "without a failure" has_property Result success
-    check "leaves no socket" no_socket
+    check "leaves the link" dangles
 }
 
 stopped() {
@@ -274,7 +355,18 @@ stopped() {
     check "runs" await answers getBrightness '0 [0-9]*'
     check "stops" within systemctl stop ovik_server
     check "without a failure" has_property Result success
-    check "leaves no socket" no_socket
+    check "leaves the link" dangles
+}
+
+removed_and_installed_without_a_start() {
+    within systemctl start ovik_server
+    check "is removed" within apt-get remove --yes ovik-server
+    check "the link is gone" nothing_is_there
+    within install -m 755 /dev/stdin /usr/sbin/policy-rc.d <<<$'#!/bin/sh\nexit 101'
+    check "is installed" within sh -c 'apt-get install --yes --no-install-recommends /mnt/ovik-server_*'
+    check "does not run" is active inactive
+    check "the link is there" dangles
+    within rm /usr/sbin/policy-rc.d
 }
 
 removed() {
@@ -283,7 +375,7 @@ removed() {
     check "are removed" within apt-get purge --yes '*ovik-*'
     check "nothing of them runs" nothing_runs
     check "no file is left" nothing_is_left
-    check "no socket is left" no_socket
+    check "nor the link" nothing_is_there
 }
 
 ensure_packages debootstrap lintian
@@ -294,8 +386,9 @@ root=$(mktemp -d "$cache/root.XXXXXX")
 tar -C "$root" -xf "$cache/root.tar"
 boot_root
 for situation in packages_are_made installed the_platform_arrives killed \
-    the_socket_cannot_be_had the_bus_restarts the_bus_stops_and_starts others_than_root \
-    quit_by_a_client stopped removed; do
+    the_socket_cannot_be_had the_path_is_attacked a_second_is_started_by_hand \
+    the_system_tidies_up the_bus_restarts the_bus_stops_and_starts others_than_root \
+    quit_by_a_client stopped removed_and_installed_without_a_start removed; do
     printf '%s\n' "$situation"
     "$situation"
 done

@@ -31,6 +31,8 @@ do_install:append() {
 
 SYSTEMD_SERVICE:${PN} = "ovik_server.service"
 
+FILES:${PN} += "${nonarch_libdir}/tmpfiles.d"
+
 PACKAGES =+ "${PN}-tools ${PN}-interfaces ${PN}-client"
 FILES:${PN}-tools = "${bindir} ${datadir}/bash-completion ${datadir}/zsh"
 FILES:${PN}-interfaces = "${datadir}/dbus-1/interfaces"
