@@ -84,10 +84,11 @@ int main(int argc, char** argv)
         free(*name);
     }
     free(names);
-    /* Its reply comes behind everything that the bus has taken before. */
-    check(sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus.Peer", "Ping",
-                             NULL, NULL, ""),
-          "ping the bus");
+    /* Its reply comes behind everything that the bus has taken before. Debian's policy lets any
+     * user call this, but not org.freedesktop.DBus.Peer. */
+    check(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                             "org.freedesktop.DBus", "GetId", NULL, NULL, ""),
+          "call the bus");
     sd_bus_unref(bus);
     if (!victims)
         fprintf(stderr, "bus_stranger: process %ld has no connection to the bus\n", pid);
