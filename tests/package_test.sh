@@ -240,6 +240,28 @@ the_socket_cannot_be_had() {
     check "answers as soon as it can" await answers getBrightness '0 [0-9]*'
 }
 
+# memory FIELD: of the service, in KiB.
+memory() { within sed -n "s/^$1:[^0-9]*\([0-9]*\) kB\$/\1/p" "/proc/$(main_pid)/status"; }
+has_been_above() { memory VmHWM && [ "$(memory VmHWM)" -gt "$1" ]; }
+is_below() { memory VmRSS && [ "$(memory VmRSS)" -lt "$1" ]; }
+
+# With the policy of the bus as Debian ships it.
+the_bus_has_a_hostile_user() {
+    local pid before burst
+    check "compiles" cc tests/bus_stranger.c -lsystemd -o "$root/opt/bus_stranger"
+    pid=$(main_pid)
+    for burst in 1 2 3 4; do
+        check "burst $burst of descriptors" as_nobody nogroup /opt/bus_stranger "$pid" descriptors 8
+        check "answers after burst $burst" answers getBrightness '0 77'
+    done
+    before=$(memory VmRSS)
+    check "sends 32 MB" as_nobody nogroup /opt/bus_stranger "$pid" signal 32000000
+    check "the service reads them" await has_been_above $((before + 32000))
+    check "gives the memory back" await is_below $((before + 8192))
+    check "answers" answers getBrightness '0 77'
+    check "was not started again" test "$(main_pid)" = "$pid"
+}
+
 # Another user takes the path as often as it is free, and answers whoever comes there.
 install_stranger() {
     cat >"$root/opt/stranger" <<'END'
@@ -386,9 +408,9 @@ root=$(mktemp -d "$cache/root.XXXXXX")
 tar -C "$root" -xf "$cache/root.tar"
 boot_root
 for situation in packages_are_made installed the_platform_arrives killed \
-    the_socket_cannot_be_had the_path_is_attacked a_second_is_started_by_hand \
-    the_system_tidies_up the_bus_restarts the_bus_stops_and_starts others_than_root \
-    quit_by_a_client stopped removed_and_installed_without_a_start removed; do
+    the_bus_has_a_hostile_user the_socket_cannot_be_had the_path_is_attacked \
+    a_second_is_started_by_hand the_system_tidies_up the_bus_restarts the_bus_stops_and_starts \
+    others_than_root quit_by_a_client stopped removed_and_installed_without_a_start removed; do
     printf '%s\n' "$situation"
     "$situation"
 done
