@@ -528,31 +528,19 @@ const char* ovik_client_error_text(ovik_client_error error)
 const char* ovik_client_status_text(status_t status)
 {
     switch (status) {
-    case OVIK_OK:
-        return "done";
-    case OVIK_NO_PLATFORM:
-        return "there is no platform yet, or it lacks the facility";
+#define STATUS(name, number, meaning)                                                              \
+    case name:                                                                                     \
+        return meaning;
+#include "protocol/statuses.def"
+    /* No response has these, but a program that uses the C API has them. */
     case OVIK_NO_THREAD:
         return "the application thread could not be created";
-    case OVIK_NO_APPLICATION:
-        return "the service has no application thread, or the bytes to read are fewer than 0 or "
-               "more than 65535";
-    case OVIK_REPLY_ERROR:
-        return "the platform answered with an error or not at all";
     case OVIK_NOT_STARTED:
         return "the application is not started";
     case OVIK_BACKEND_FAILED:
         return "the backend could not be started";
     case OVIK_ILLEGAL_MODE:
         return "there is no such backend";
-    case OVIK_NOT_RUN:
-        return "there is no such command, or it has too few arguments";
-    case OVIK_TIMEOUT:
-        return "the service command had no outcome within 60 s";
-    case OVIK_EMPTY_SLOT:
-        return "there is no plug-in module at that place of the list, or no platform yet";
-    case OVIK_WRONG_MODE:
-        return "the point's mode is not 2, so it may not be set";
     default:
         return "no status of the service";
     }

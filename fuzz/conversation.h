@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ovik_server/command_table.h"
 #include "ovik_server/ovik_server.h"
+#include "protocol/command_table.h"
 
 #include <string>
 

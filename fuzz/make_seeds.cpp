@@ -1,7 +1,7 @@
 // make_seeds DIRECTORY: writes the seeds and the dictionary of the fuzzers, made from the command
 // table, to DIRECTORY/seeds/ and DIRECTORY/requests.dict.
 
-#include "ovik_server/command_table.h"
+#include "protocol/command_table.h"
 
 #include <cstdio>
 #include <filesystem>

@@ -3,14 +3,13 @@
 #include "ovik_server/service_command.h"
 
 #include <algorithm>
-#include <array>
-#include <iterator>
 
 namespace
 {
+using namespace answer;
+
 /// Scratch for text results.
 char str[10000];
-constexpr int parameterSize = 100;
 constexpr int moduleNameSize = 5;
 
 /// The longest EEPROM read that is tried; far more than an answer can hold.
@@ -19,29 +18,25 @@ constexpr int maxReadLength = 65535;
 /// The mode in which a plug-in point may be set.
 constexpr int settableMode = 2;
 
-/// The C API leaves a text that fills its buffer without a NUL, so it is ended here, at @p end.
-status_t inScratch(status_t status, size_t end, Result& out)
-{
-    str[end] = 0;
-    out.text = str;
-    return status;
-}
+// --- call(): one for each form of C function, which arguments it takes and where its answer goes
+// ---
 
-// --- One line per form of C function: which fields it is given, and where its answer goes ---
+/// A command that calls nothing.
+status_t call(std::nullptr_t, const Fields&, Status&) { return OVIK_OK; }
 
-status_t call(status_t (*f)(int*), const Fields&, Result& out) { return f(&out.value); }
+status_t call(status_t (*f)(int*), const Fields&, Number& out) { return f(&out.value); }
 
-status_t call(status_t (*f)(int, int*), const Fields& in, Result& out)
+status_t call(status_t (*f)(int, int*), const Fields& in, Number& out)
 {
     return f(in.number(1), &out.value);
 }
 
-status_t call(status_t (*f)(const char*, int*), const Fields& in, Result& out)
+status_t call(status_t (*f)(const char*, int*), const Fields& in, Signed& out)
 {
     return f(in.text(1).constData(), &out.value);
 }
 
-status_t call(status_t (*f)(const char*, bool*), const Fields& in, Result& out)
+status_t call(status_t (*f)(const char*, bool*), const Fields& in, Signed& out)
 {
     bool flag = false;
     const status_t status = f(in.text(1).constData(), &flag);
@@ -49,143 +44,172 @@ status_t call(status_t (*f)(const char*, bool*), const Fields& in, Result& out)
     return status;
 }
 
-status_t call(status_t (*f)(const char*, const char*, int*), const Fields& in, Result& out)
+status_t call(status_t (*f)(const char*, const char*, int*), const Fields& in, Signed& out)
 {
     return f(in.text(1).constData(), in.text(2).constData(), &out.value);
 }
 
-status_t call(status_t (*f)(uint64_t*), const Fields&, Result& out) { return f(&out.size); }
+status_t call(status_t (*f)(uint64_t*), const Fields&, Size& out) { return f(&out.value); }
 
-status_t call(status_t (*f)(char*, int), const Fields&, Result& out)
+// The C API leaves a text that fills its buffer without a NUL, so it is ended here.
+
+status_t call(status_t (*f)(char*, int), const Fields&, Text& out)
 {
-    return inScratch(f(str, sizeof str), sizeof str - 1, out);
+    const status_t status = f(str, out.size);
+    str[out.size - 1] = 0;
+    out.value = str;
+    return status;
 }
 
-status_t call(status_t (*f)(const char*, char*, int), const Fields& in, Result& out)
+status_t call(status_t (*f)(const char*, char*, int), const Fields& in, Text& out)
 {
-    return inScratch(f(in.text(1).constData(), str, sizeof str), sizeof str - 1, out);
+    const status_t status = f(in.text(1).constData(), str, out.size);
+    str[out.size - 1] = 0;
+    out.value = str;
+    return status;
 }
 
-status_t call(status_t (*f)(unsigned int, unsigned int, int*), const Fields& in, Result& out)
+status_t call(status_t (*f)(char*, int, unsigned char*, unsigned short*), const Fields&,
+              SystemInfo& out)
+{
+    const status_t status = f(str, moduleNameSize, &out.hwCode, &out.manufactureCode);
+    str[moduleNameSize] = 0; // all of its five bytes may be the name's
+    out.moduleName = str;
+    return status;
+}
+
+// Plug-in points.
+
+status_t call(status_t (*f)(unsigned int, unsigned int, int*), const Fields& in, Signed& out)
 {
     return f(in.unsignedNumber(1), in.unsignedNumber(2), &out.value);
 }
 
-status_t call(status_t (*f)(unsigned int, unsigned int, int, int*), const Fields& in, Result& out)
+status_t call(status_t (*f)(unsigned int, unsigned int, int, int*), const Fields& in, Signed& out)
 {
     return f(in.unsignedNumber(1), in.unsignedNumber(2), in.number(3), &out.value);
 }
 
 status_t call(status_t (*f)(unsigned int, unsigned int, unsigned int, int*), const Fields& in,
-              Result& out)
+              Signed& out)
 {
     return f(in.unsignedNumber(1), in.unsignedNumber(2), in.unsignedNumber(3), &out.value);
 }
 
 status_t call(status_t (*f)(unsigned int, unsigned int, int, int, int*), const Fields& in,
-              Result& out)
+              Signed& out)
 {
     return f(in.unsignedNumber(1), in.unsignedNumber(2), in.number(3), in.number(4), &out.value);
 }
 
-// --- What a row calls ---
-
-/// A C function of one of the forms above.
-template <auto function>
-status_t plain(const Fields& in, Result& out)
-{
-    return call(function, in, out);
-}
-
-/// A write to a plug-in point, made only if @p modeQuery says that the point may be set.
-template <auto modeQuery, auto write>
-status_t guarded(const Fields& in, Result& out)
-{
-    int mode = 0;
-    const status_t status = modeQuery(in.unsignedNumber(1), in.unsignedNumber(2), &mode);
-    if (status != OVIK_OK)
-        return status;
-    return mode == settableMode ? call(write, in, out) : OVIK_WRONG_MODE;
-}
-
-/// A parameter is a short text: its buffer is a hundred bytes.
-template <auto function>
-status_t parameter(const Fields& in, Result& out)
-{
-    return inScratch(function(in.text(1).constData(), str, parameterSize), parameterSize - 1, out);
-}
-
-/// An EEPROM read of @p length bytes, done by @p read.
-template <class Read>
-status_t readBytes(int length, Result& out, Read read)
-{
-    if (length < 0 || length > maxReadLength)
-        return OVIK_NO_APPLICATION; // the status of memory that cannot be had
-    // One byte at least, as malloc may answer null to a length of 0.
-    out.bytes.reset(static_cast<unsigned char*>(malloc(static_cast<size_t>(std::max(length, 1)))));
-    if (!out.bytes)
-        return OVIK_NO_APPLICATION;
-    out.byteCount = length;
-    return read(out.bytes.get());
-}
-
-status_t seepromRead(const Fields& in, Result& out)
-{
-    const int offset = in.number(1);
-    const int length = in.number(2);
-    return readBytes(length, out,
-                     [&](unsigned char* data) { return ovik_seepromRead(offset, length, data); });
-}
-
-status_t seepromReadSlave(const Fields& in, Result& out)
-{
-    const int slaveAddress = in.number(1);
-    const int offset = in.number(2);
-    const int length = in.number(3);
-    return readBytes(length, out, [&](unsigned char* data) {
-        return ovik_seepromReadSlave(slaveAddress, offset, length, data);
-    });
-}
-
-status_t systemInfo(const Fields&, Result& out)
-{
-    return inScratch(ovik_getSystemInfo(str, moduleNameSize, &out.hwCode, &out.manufactureCode),
-                     moduleNameSize, out); // all of its five bytes may be the name's
-}
-
 // An I/O point's value travels to and from the C API as one digit.
 
-status_t readPoint(const Fields& in, Result& out)
+status_t call(status_t (*f)(unsigned int, unsigned int, unsigned char*, unsigned int),
+              const Fields& in, Signed& out)
 {
     unsigned char digit = 0;
-    const status_t status =
-        ovik_getHWPluginIO(in.unsignedNumber(1), in.unsignedNumber(2), &digit, 1);
+    const status_t status = f(in.unsignedNumber(1), in.unsignedNumber(2), &digit, 1);
     out.value = digit - '0';
     return status;
 }
 
-status_t writePoint(unsigned int slot, unsigned int index, unsigned int value, int* pResp)
+status_t call(status_t (*f)(unsigned int, unsigned int, unsigned char*, unsigned int, int*),
+              const Fields& in, Signed& out)
 {
-    auto digit = static_cast<unsigned char>('0' + value);
-    return ovik_setHWPluginIO(slot, index, &digit, 1, pResp);
+    auto digit = static_cast<unsigned char>('0' + in.unsignedNumber(3));
+    return f(in.unsignedNumber(1), in.unsignedNumber(2), &digit, 1, &out.value);
 }
 
-status_t quit(const Fields&, Result& out)
+// EEPROMs.
+
+/// False for a length that is not tried, or without memory for it.
+bool allocate(Bytes& out, int length)
 {
-    out.isLast = true;
-    return OVIK_OK;
+    if (length < 0 || length > maxReadLength)
+        return false;
+    // One byte at least, as malloc may answer null to a length of 0.
+    out.value.reset(static_cast<unsigned char*>(malloc(static_cast<size_t>(std::max(length, 1)))));
+    out.count = length;
+    return out.value != nullptr;
 }
 
-constexpr auto ioMode = ovik_getHWPluginIOMode;
-constexpr auto ledMode = ovik_getHWPluginLedMode;
+status_t call(status_t (*f)(int, int, unsigned char*), const Fields& in, Bytes& out)
+{
+    const int length = in.number(2);
+    return allocate(out, length) ? f(in.number(1), length, out.value.get()) : OVIK_NO_APPLICATION;
+}
 
-/// In the order of the table.
-Call* const calls[] = {
-#define COMMAND_LOGGED_AS(name, ...) COMMAND(__VA_ARGS__)
-#define COMMAND(word, shape, answer, call, ...) call,
-#include "ovik_server/commands.def"
-};
-static_assert(std::size(calls) == std::tuple_size_v<decltype(commandTable)>);
+status_t call(status_t (*f)(int, int, int, unsigned char*), const Fields& in, Bytes& out)
+{
+    const int length = in.number(3);
+    return allocate(out, length) ? f(in.number(1), in.number(2), length, out.value.get())
+                                 : OVIK_NO_APPLICATION;
+}
+
+/// The one function with a callback, whose outcome may be waited for.
+CallStatus call(status_t (*)(const char*, const char*, const char*, void*, int*), const Fields& in,
+                Outcome& out)
+{
+    return serviceCommand(in, out);
+}
+
+// --- What a command runs: the C function of its name; three have none ---
+
+constexpr std::nullptr_t ovik_quit = nullptr;
+constexpr auto ovik_getBacklightCounter = ovik_getBackLightCounter;
+constexpr auto ovik_getHWPluginIoMode = ovik_getHWPluginIOMode;
+
+template <class Value>
+void prepare(const Command&, Value&)
+{
+}
+
+void prepare(const Command& command, Text& out)
+{
+    out.size = command.textLimit > 0 ? command.textLimit + 1 : int{sizeof str};
+}
+
+template <class Value, class Function>
+CallStatus run(Function function, const Command& command, const Fields& in, Response& resp)
+{
+    Value value;
+    prepare(command, value);
+    const CallStatus result = call(function, in, value);
+    if (result.status == OVIK_OK)
+        write(resp, value);
+    return result;
+}
+
+/// OVIK_OK when a write to the point that @p in names may be made.
+status_t checkMode(ModeQuery query, const Fields& in)
+{
+    if (query == ModeQuery::None)
+        return OVIK_OK;
+    const auto queryMode =
+        query == ModeQuery::getHWPluginIoMode ? ovik_getHWPluginIOMode : ovik_getHWPluginLedMode;
+    int mode = 0;
+    const status_t status = queryMode(in.unsignedNumber(1), in.unsignedNumber(2), &mode);
+    if (status != OVIK_OK)
+        return status;
+    return mode == settableMode ? OVIK_OK : OVIK_WRONG_MODE;
+}
 } // namespace
 
-Call* callOf(const Command& command) { return calls[&command - commandTable.data()]; }
+CallStatus runCommand(const Command& command, const Fields& in, Response& resp)
+{
+    const status_t status = checkMode(command.modeQuery, in);
+    if (status != OVIK_OK)
+        return status;
+    switch (command.id) {
+// Compiles only if the function of the row's name brings an answer of the row's shape.
+#define COMMAND(word, effect, shape, ...)                                                          \
+    case CommandId::word:                                                                          \
+        return run<shape>(ovik_##word, command, in, resp);
+#include "protocol/commands.def"
+    }
+    return OVIK_NOT_RUN;
+}
+
+// The table's numbers are those of the C API.
+#define STATUS(name, number, meaning) static_assert((name) == (number));
+#include "protocol/statuses.def"

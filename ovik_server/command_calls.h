@@ -1,11 +1,11 @@
 #pragma once
 
-#include "ovik_server/command_table.h"
+#include "ovik_server/answer.h"
+#include "ovik_server/call_status.h"
 #include "ovik_server/fields.h"
-#include "ovik_server/result.h"
+#include "protocol/command_table.h"
 
-/// Runs a command: reads its arguments, of which none is missing, and calls the C API.
-using Call = status_t(const Fields& in, Result& out);
-
-/// What runs a command of the table.
-Call* callOf(const Command& command);
+/// Runs a command, of which no argument is missing, by one call of the C API. A success is written
+/// to
+/// @p resp, a failure is not.
+CallStatus runCommand(const Command& command, const Fields& in, Response& resp);

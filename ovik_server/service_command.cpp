@@ -26,7 +26,7 @@ void onCommandResult(const char* service, const char* cmd, const char* json)
     g_commandResultPending.store(false, std::memory_order_release);
 }
 
-status_t serviceCommand(const Fields& in, Result& out)
+CallStatus serviceCommand(const Fields& in, answer::Outcome& out)
 {
     const bool isScan = in.text(1) == "wifi" && in.text(2) == "scan";
     // Before the call, so that an outcome which comes at once is not missed. A failed call or a
@@ -36,16 +36,17 @@ status_t serviceCommand(const Fields& in, Result& out)
 
     const status_t status =
         ovik_serviceCommand(in.text(1).constData(), in.text(2).constData(), in.text(3).constData(),
-                            reinterpret_cast<void*>(onCommandResult), &out.value);
+                            reinterpret_cast<void*>(onCommandResult), &out.result);
     if (status != OVIK_OK)
         return status;
 
     for (int sleeps = 0; g_commandResultPending.load(std::memory_order_acquire);) {
         usleep(sleepMicroseconds);
         if (++sleeps == maxSleeps)
-            return OVIK_TIMEOUT; // on purpose, even if the outcome came during the last sleep
+            return {OVIK_TIMEOUT,
+                    "timeout"}; // on purpose, even if the outcome came during the last sleep
     }
     if (isScan)
-        out.outcome = QString(";%1;%2;%3").arg(g_resultService, g_resultCmd, g_resultJson).toUtf8();
+        out.details = QString(";%1;%2;%3").arg(g_resultService, g_resultCmd, g_resultJson).toUtf8();
     return OVIK_OK;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "ovik_server/answer.h"
+#include "ovik_server/call_status.h"
 #include "ovik_server/fields.h"
-#include "ovik_server/result.h"
 
 /// "serviceCommand": a Wi-Fi scan waits for its outcome, any other command only for an earlier
 /// scan.
-status_t serviceCommand(const Fields& in, Result& out);
+CallStatus serviceCommand(const Fields& in, answer::Outcome& out);
 
 /**
  * Receives the outcome of a service command, on the application thread. It is stored only while a

@@ -1,7 +1,7 @@
 // The completion of ovikctl in real shells, as their users have it: the installed file, loaded by
 // the shell itself when TAB is pressed first.
 
-#include "ovik_server/command_table.h"
+#include "protocol/command_table.h"
 #include "tests/support/ovikctl.h"
 #include "tests/support/terminal.h"
 

@@ -36,11 +36,14 @@ protected:
     {
         standIn.outcomeAfter = outcomeAfter;
         standIn.sleeps = 0;
-        result = Result();
-        return serviceCommand(Fields(request), result);
+        result = {};
+        const CallStatus ended = serviceCommand(Fields(request), result);
+        EXPECT_EQ(ended.logText ? ended.logText : "",
+                  ended.status == OVIK_TIMEOUT ? "timeout" : "");
+        return ended.status;
     }
 
-    Result result;
+    answer::Outcome result;
 };
 } // namespace
 
@@ -83,7 +86,7 @@ TEST_F(OutcomeWait, AScanSleepsUntilItsOutcomeHasComeButNoMoreThan120Times)
         SCOPED_TRACE(row.outcomeAfter);
         EXPECT_EQ(command("serviceCommand;wifi;scan;{}", row.outcomeAfter), row.status);
         EXPECT_EQ(standIn.sleeps, row.sleeps);
-        EXPECT_EQ(result.outcome, row.status == OVIK_OK ? ";wifi;scan;[]" : "");
+        EXPECT_EQ(result.details, row.status == OVIK_OK ? ";wifi;scan;[]" : "");
     }
     EXPECT_EQ(standIn.shortestSleep, halfASecond);
     EXPECT_EQ(standIn.longestSleep, halfASecond);
@@ -103,7 +106,7 @@ TEST_F(OutcomeWait, AnyCommandWaitsForTheOutcomeThatAScanDidNotGet)
     EXPECT_EQ(standIn.sleeps, 120);
     EXPECT_EQ(command("serviceCommand;x;y;z", 2), OVIK_OK);
     EXPECT_EQ(standIn.sleeps, 2);
-    EXPECT_EQ(result.outcome, "") << "only a scan tells of it";
+    EXPECT_EQ(result.details, "") << "only a scan tells of it";
     EXPECT_EQ(command("serviceCommand;x;y;z", never), OVIK_OK);
     EXPECT_EQ(standIn.sleeps, 0);
 }
@@ -131,6 +134,6 @@ TEST_F(OutcomeWait, AnOutcomesNullTextCountsAsEmpty)
     for (const auto& row : rows) {
         standIn.outcome = [&] { onCommandResult(row.texts[0], row.texts[1], row.texts[2]); };
         EXPECT_EQ(command("serviceCommand;wifi;scan;{}", 1), OVIK_OK);
-        EXPECT_EQ(result.outcome, row.outcome);
+        EXPECT_EQ(result.details, row.outcome);
     }
 }

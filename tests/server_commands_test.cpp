@@ -1,6 +1,7 @@
 // Every command of the protocol through the real program: what it sends over the bus, what it
 // answers and what it logs. Requests that no good client makes are in fault_message_test.cpp.
 
+#include "protocol/command_table.h"
 #include "tests/support/commands.h"
 #include "tests/support/footprint.h"
 #include "tests/support/private_bus.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <regex>
 
 namespace
 {
@@ -69,6 +71,17 @@ TEST_P(EveryCommand, MakesExactlyItsCallsAndAnswersTheirResult)
     EXPECT_EQ(request(row), row.response);
     EXPECT_EQ(platform.takeCalls(), row.calls);
     EXPECT_EQ(newLog(), "");
+}
+
+/// What a client may send that is only allowed to read.
+TEST_P(EveryCommand, ReadsOnlyIfItsLastCallAtThePlatformDoes)
+{
+    const std::regex read("[.](get|Get|read|info|version|enabled|controlled|state)[^.]*$");
+    const Effect expected =
+        std::regex_search(GetParam().member, read) ? Effect::Reads : Effect::Writes;
+    const Command* const command = findCommand(GetParam().word);
+    ASSERT_TRUE(command);
+    EXPECT_EQ(command->effect, expected);
 }
 
 TEST_P(EveryCommand, IgnoresFieldsBeyondItsOwn)

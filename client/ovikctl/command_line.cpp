@@ -21,8 +21,8 @@ std::string shellWord(const std::string& text)
 std::string exampleOf(const Command& command)
 {
     std::string example = std::string("Example: ovikctl ") + command.word;
-    for (int i = 0; i < command.argumentCount(); ++i)
-        example += " " + shellWord(command.arguments[static_cast<size_t>(i)].example);
+    for (const Argument& argument : command.arguments)
+        example += " " + shellWord(argument.example);
     return example;
 }
 
@@ -134,8 +134,7 @@ void CommandLine::addCommands()
         });
         verb.group(groupOfCommands);
         verb.footer(exampleOf(command));
-        for (int i = 0; i < command.argumentCount(); ++i) {
-            const Argument& argument = command.arguments[static_cast<size_t>(i)];
+        for (const Argument& argument : command.arguments) {
             verb.add_option_function<std::string>(
                     argument.name, [this](const std::string& word) { m_words.push_back(word); },
                     argument.meaning)

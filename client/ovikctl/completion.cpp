@@ -1,6 +1,6 @@
 #include "client/ovikctl/command_line.h"
 #include "client/ovikctl/verbs.h"
-#include "ovik_server/command_table.h"
+#include "protocol/command_table.h"
 
 #include <iostream>
 

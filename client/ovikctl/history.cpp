@@ -1,6 +1,6 @@
 #include "client/ovikctl/history.h"
 
-#include "ovik_server/command_table.h"
+#include "protocol/command_table.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -5,24 +5,30 @@
 
 namespace
 {
+std::string jsonOf(bool flag) { return flag ? "true" : "false"; }
+
 std::string jsonOf(const Command& command)
 {
     std::string arguments;
     for (const Argument& argument : command.arguments) {
-        if (argument.kind == ArgumentKind::None)
-            continue;
         JsonObject object;
         object.add("name", argument.name)
-            .add("kind", argument.kind == ArgumentKind::Number ? "number" : "text")
+            .add("kind", nameOf(argument.kind))
             .add("meaning", argument.meaning)
             .add("example", argument.example)
-            .addJson("secret", argument.isSecret ? "true" : "false");
+            .addJson("secret", jsonOf(argument.isSecret));
         arguments += (arguments.empty() ? "" : ",") + object.text();
     }
     JsonObject object;
     object.add("command", command.word)
+        .add("effect", nameOf(command.effect))
         .addJson("arguments", "[" + arguments + "]")
+        .add("shape", nameOf(command.shape))
         .add("answer", command.answer)
+        .addJson("answerSecret", jsonOf(command.isAnswerSecret))
+        .add("answerLimit", command.textLimit)
+        .add("modeQuery", nameOf(command.modeQuery))
+        .add("logName", command.logName)
         .add("help", command.help);
     return object.text();
 }

@@ -40,8 +40,8 @@ void requireNoSeparator(const std::string& name, const std::string& text)
 std::string formOf(const Command& command)
 {
     std::string form = command.word;
-    for (int i = 0; i < command.argumentCount(); ++i)
-        form += std::string(" ") + command.arguments[static_cast<size_t>(i)].name;
+    for (const Argument& argument : command.arguments)
+        form += std::string(" ") + argument.name;
     return form;
 }
 

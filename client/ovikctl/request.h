@@ -1,7 +1,7 @@
 #pragma once
 
 #include "client/ovikctl/settings.h"
-#include "ovik_server/command_table.h"
+#include "protocol/command_table.h"
 
 #include <functional>
 #include <vector>

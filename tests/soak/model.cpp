@@ -1,8 +1,8 @@
 #include "tests/soak/model.h"
 
-#include "ovik_server/command_table.h"
 #include "panel_sim/platform_devices.h"
 #include "panel_sim/platform_services.h"
+#include "protocol/command_table.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #include "tests/soak/requests.h"
 
-#include "ovik_server/command_table.h"
+#include "protocol/command_table.h"
 
 #include <stdexcept>
 #include <vector>
