@@ -1,10 +1,11 @@
 #!/bin/bash
-# Makes the files that come from the table of commands: the lists in docs/protocol.md, with examples
-# that the service really answered, and in the manual page ovik_protocol(7). Run it after a change of
-# the table.
+# Makes the files that come from the sources: from the table of commands the lists in docs/protocol.md,
+# with examples that the service really answered, and in the manual page ovik_protocol(7); from the
+# headers of the contracts tests/golden/contracts.txt. Run it after a change of the table or of a
+# contract, and read the difference.
 #
 #   scripts/generate.sh           writes the files that have changed
-#   scripts/generate.sh --check   fails when a file would change
+#   scripts/generate.sh --check   fails when a file that comes from the table would change
 #
 # OVIK_BUILD_DIR names a build to use as it is.
 set -euo pipefail
@@ -15,7 +16,7 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 [ $# -eq 0 ] || [ "$*" = --check ] || die "usage: scripts/generate.sh [--check]"
 if [ -z "${OVIK_BUILD_DIR:-}" ]; then
     ensure_build_packages
-    build dev ovik_generate ovik_server ovik_panel_sim ovikctl
+    build dev ovik_generate ovik_server ovik_panel_sim ovikctl contracts_test
     OVIK_BUILD_DIR=$PWD/build
 fi
 export OVIK_BUILD_DIR
@@ -44,4 +45,6 @@ while IFS= read -r -d '' file; do
         status=1
     fi
 done < <(find "$made/files" -type f -print0)
+[ $# -gt 0 ] || OVIK_WRITE_GOLDEN=yes quietly "$OVIK_BUILD_DIR/bin/contracts_test" ||
+    die "cannot write tests/golden/contracts.txt, see above"
 [ $status -eq 0 ] || die "out of date: run scripts/generate.sh"

@@ -37,8 +37,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QMetaMethod>
-
 #include <cstring>
 
 namespace
@@ -309,85 +307,4 @@ TEST_P(Contract, AProxyWithoutItsObjectAnswersMinusOneAndTouchesNothing)
 
 INSTANTIATE_TEST_SUITE_P(Backends, Contract, testing::ValuesIn(backends),
                          [](const auto& row) { return std::string(row.param.name); });
-
-// --- What can be called by name ------------------------------------------------------------------
-
-struct Callable {
-    const QMetaObject& meta;
-    QMetaMethod::MethodType type;
-    std::vector<std::string> methods; ///< all that the class itself adds, in their order
-};
-
-const Callable callables[] = {
-    {IOvikInterface::staticMetaObject,
-     QMetaMethod::Method,
-     {"ISystemInfoProxy* systemInfoProxy()", "IBuzzerProxy* buzzerProxy()",
-      "IBacklightProxy* backlightProxy()"}},
-    {OVIKInterfaceDbus::staticMetaObject,
-     QMetaMethod::Method,
-     {"ISeepromProxy* seepromProxy()", "IOvikProxy* ovikProxy()", "IMainOsProxy* mainOsProxy()",
-      "IStorageManagerProxy* storageManagerProxy()", "ISysStatProxy* sysStatProxy()",
-      "INetworkManagerProxy* networkManagerProxy()",
-      "QVector<HWPluginInstanceProxyDbus*> HWPluginInstanceProxy()",
-      "IServiceManagerProxy* serviceManagerProxy()"}},
-    {ISystemInfoProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t getSystemInfo(systemInfo&)"}},
-    {IBuzzerProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t setBuzzerMode(int,int&)", "status_t getBuzzerMode(int&)",
-      "status_t setBuzzerUserControl(int,int&)", "status_t setBuzzerOnTime(int,int&)",
-      "status_t setBuzzerOffTime(int,int&)"}},
-    {IBacklightProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t getBrightness(int&)", "status_t saveBrightness(int,int&)"}},
-    {ISeepromProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t read(uchar,uint,QByteArray&,int&)",
-      "status_t readSlave(uchar,uchar,uint,QByteArray&,int&)"}},
-    {IOvikProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t getSysCounter(int&)", "status_t getBackLightCounter(int&)",
-      "status_t getVolatileParameter(QString,QString&)",
-      "status_t getSystemParameter(QString,QString&)",
-      "status_t getAllVolatileParametersJson(QString&)",
-      "status_t getAllSystemParametersJson(QString&)",
-      "status_t setVolatileParameter(QString,QString,int&)",
-      "status_t setSystemParameter(QString,QString,int&)",
-      "status_t setSystemParametersJSON(QString,QString,int&)"}},
-    {IMainOsProxy::staticMetaObject, QMetaMethod::Slot, {"status_t version(QByteArray&)"}},
-    {IStorageManagerProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t getStorageInfo(QString,ovikStorageInfo&)",
-      "status_t getStorageInfoJson(QString,QString&)"}},
-    {ISysStatProxy::staticMetaObject, QMetaMethod::Slot, {"status_t availableMemory(qulonglong&)"}},
-    {INetworkManagerProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t getConfigJson(QString&)", "status_t setInterfaceConfigJson(QString,QString,int&)",
-      "status_t applyNewConfiguration(int&)"}},
-    {IServiceManagerProxy::staticMetaObject,
-     QMetaMethod::Slot,
-     {"status_t start(QString,int&)", "status_t stop(QString,int&)",
-      "status_t restart(QString,int&)", "status_t reload(QString,int&)",
-      "status_t enable(QString,int&)", "status_t disable(QString,int&)",
-      "status_t enabled(QString,bool&)", "status_t apply(QString,int&)",
-      "status_t controlled(QString,bool&)", "status_t state(QString,int&)",
-      "status_t command(QString,QString,QString,void*,int&)",
-      "void onCommandResult(QString,QString,QString)"}},
-};
-
-TEST(Contracts, TheirOperationsCanBeCalledByNameAndStandInTheirOrder)
-{
-    for (const Callable& callable : callables) {
-        const QMetaObject& meta = callable.meta;
-        std::vector<std::string> methods;
-        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-            const QMetaMethod method = meta.method(i);
-            EXPECT_EQ(method.methodType(), callable.type) << meta.className();
-            EXPECT_EQ(method.access(), QMetaMethod::Public) << meta.className();
-            methods.push_back(method.typeName() + (" " + method.methodSignature()).toStdString());
-        }
-        EXPECT_EQ(methods, callable.methods) << meta.className();
-    }
-}
 } // namespace

@@ -1,5 +1,7 @@
 #include "tests/support/introspection.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -51,4 +53,13 @@ std::map<std::string, Interface> introspectedFile(const std::string& interface)
     std::stringstream xml;
     xml << std::ifstream(std::string(OVIK_DBUS_INTERFACE_DIR) + "/" + interface + ".xml").rdbuf();
     return introspected(xml.str());
+}
+
+std::vector<std::string> interfaceNames()
+{
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(OVIK_DBUS_INTERFACE_DIR))
+        names.push_back(file.path().stem());
+    std::sort(names.begin(), names.end());
+    return names;
 }

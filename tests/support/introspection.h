@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 /// Method names with "arguments>results", signal names with their arguments.
 using Members = std::map<std::string, std::string>;
@@ -16,3 +17,6 @@ std::map<std::string, Interface> introspected(const std::string& xml);
 
 /// Those of the platform's introspection file of that name, which should be the one.
 std::map<std::string, Interface> introspectedFile(const std::string& interface);
+
+/// The names of all the platform's interface files, in alphabetical order.
+std::vector<std::string> interfaceNames();
