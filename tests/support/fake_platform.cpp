@@ -44,16 +44,16 @@ std::string number(sd_bus_message* message, char type)
     return text.str();
 }
 
-std::string values(sd_bus_message* message);
-
 std::string oneValue(sd_bus_message* message, char type, const char* contents)
 {
     switch (type) {
-    case 's': {
+    case 's':
+    case 'o': {
         const char* text = nullptr;
         check(sd_bus_message_read_basic(message, type, &text), "read");
         return '"' + std::string(text) + '"';
     }
+    case 'b':
     case 'i':
         return number<int32_t>(message, type);
     case 'n':
@@ -74,7 +74,7 @@ std::string oneValue(sd_bus_message* message, char type, const char* contents)
     }
     case 'r': {
         check(sd_bus_message_enter_container(message, type, contents), "enter");
-        const std::string fields = values(message);
+        const std::string fields = valuesOf(message);
         check(sd_bus_message_exit_container(message), "exit");
         return "(" + fields + " )";
     }
@@ -83,8 +83,13 @@ std::string oneValue(sd_bus_message* message, char type, const char* contents)
     }
 }
 
-/// The arguments of a call as text, by their types on the wire.
-std::string values(sd_bus_message* message)
+std::string lastComponent(const std::string& interface)
+{
+    return interface.substr(interface.rfind('.') + 1);
+}
+} // namespace
+
+std::string valuesOf(sd_bus_message* message)
 {
     std::string text;
     char type = 0;
@@ -93,12 +98,6 @@ std::string values(sd_bus_message* message)
         text += ' ' + oneValue(message, type, contents);
     return text;
 }
-
-std::string lastComponent(const std::string& interface)
-{
-    return interface.substr(interface.rfind('.') + 1);
-}
-} // namespace
 
 Reply replyText(const std::string& text)
 {
@@ -305,7 +304,7 @@ int FakePlatform::handle(sd_bus_message* message)
 
     const char* const signature = sd_bus_message_get_signature(message, true);
     std::string call = path;
-    call += ' ' + interface + '.' + member + '(' + signature + ')' + values(message);
+    call += ' ' + interface + '.' + member + '(' + signature + ')' + valuesOf(message);
 
     Reply reply;
     {

@@ -12,6 +12,9 @@
 #include <thread>
 #include <vector>
 
+/// The values of a message as text, a blank before each, by their types on the wire.
+std::string valuesOf(sd_bus_message* message);
+
 /// What the fake platform answers to a call; the tests make it with the functions below.
 using Reply = std::function<int(sd_bus_message* call)>;
 
