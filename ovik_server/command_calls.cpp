@@ -18,8 +18,7 @@ constexpr int maxReadLength = 65535;
 /// The mode in which a plug-in point may be set.
 constexpr int settableMode = 2;
 
-// --- call(): one for each form of C function, which arguments it takes and where its answer goes
-// ---
+// --- call(), for each form of C function: which arguments it takes, where its answer goes ---
 
 /// A command that calls nothing.
 status_t call(std::nullptr_t, const Fields&, Status&) { return OVIK_OK; }

@@ -1,9 +1,8 @@
 // Makes the files that come from the table of commands. scripts/generate.sh runs it in two steps:
 //
-//   ovik_generate requests                     prints the examples' requests, in the order to send
-//   them ovik_generate files FROM TO <responses     reads lines "request -> response" and makes
-//   each
-//                                              product below from its file in FROM, in TO
+// - "ovik_generate requests" prints the examples' requests, in the order to send them;
+// - "ovik_generate files FROM TO" reads lines "request -> response", and makes each product below
+//   from its file in the folder FROM, in the folder TO.
 
 #include "protocol/command_table.h"
 #include "protocol/products.h"
