@@ -10,6 +10,7 @@
 #include <linux/fs.h>
 #include <sched.h>
 #include <string>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -48,7 +49,10 @@ bool putIntoPlace(const std::string& made)
         if (errno == EISDIR && syscall(SYS_renameat2, AT_FDCWD, made.c_str(), AT_FDCWD, linkPath,
                                        RENAME_EXCHANGE) == 0)
             return true;
-        if (errno != ENOENT)
+        // A user who may mount, as with FUSE, can do so on a directory of his own there.
+        const bool isFree =
+            errno == ENOENT || (errno == EBUSY && umount2(linkPath, MNT_DETACH) == 0);
+        if (!isFree)
             return false;
     }
     return false;

@@ -167,7 +167,7 @@ nothing_runs() {
     finds_nothing within sh -c '{ cat /proc/[0-9]*/comm 2>/dev/null || true; } | sed /ovik/!d'
 }
 nothing_is_left() {
-    finds_nothing within find / -xdev -path /mnt -prune -o -iname '*ovik*' -print
+    finds_nothing within find / /run /tmp -xdev -path /mnt -prune -o -iname '*ovik*' -print
 }
 
 lintian_is_quiet() {
@@ -182,6 +182,7 @@ packages_are_made() {
 installed() {
     local packages
     mapfile -t packages < <(cd dist && printf '/mnt/%s\n' *_"$(dpkg --print-architecture)".deb)
+    as_nobody nogroup mkdir "$path" # it takes the name before the packages come
     check "with what they depend on" within apt-get install --yes --no-install-recommends \
         "${packages[@]}"
     within test -e /usr/sbin/ovik_server || exit 1
@@ -291,7 +292,7 @@ the_path_is_attacked() {
     for attack in folder full_folder dangling_link right_link socket; do
         within systemctl stop ovik_server
         within rm -rf "$path"
-        within systemd-run --quiet --unit=stranger --uid=nobody perl /opt/stranger "$attack"
+        within systemd-run --quiet --collect --unit=stranger --uid=nobody perl /opt/stranger "$attack"
         check "$attack: comes first" await is_taken_by nobody
         check "$attack: starts" within systemctl start ovik_server
         check "$attack: is reached" await is_reached
@@ -302,14 +303,22 @@ the_path_is_attacked() {
         check "$attack: the link stays" dangles
         within systemctl stop stranger
     done
-    within systemctl start ovik_server
+    check "directories are moved aside" within sh -c 'rm -r /tmp/ovik_server.*/'
+    within sh -c "rm $path && mkdir $path && mount -t tmpfs tmpfs $path"
+    check "a mount: starts" within systemctl start ovik_server
+    check "a mount: is reached" await is_reached
 }
 
+inode_of_its_folder() { within stat --format=%i /run/ovik_server; }
+
 a_second_is_started_by_hand() {
-    within systemd-run --quiet --unit=second ovik_server
+    local folder
+    folder=$(inode_of_its_folder)
+    within systemd-run --quiet --collect --unit=second ovik_server
     check "takes the path" await is_taken_by root
     check "the first restarts" within systemctl restart ovik_server
     check "is reached again" await is_reached
+    check "its folder is the same" test "$(inode_of_its_folder)" = "$folder"
     within systemctl stop second
 }
 
@@ -378,6 +387,7 @@ stopped() {
     check "stops" within systemctl stop ovik_server
     check "without a failure" has_property Result success
     check "leaves the link" dangles
+    check "and no folder" fails within test -e /run/ovik_server
 }
 
 removed_and_installed_without_a_start() {

@@ -230,7 +230,12 @@ a_lock_folder_that_others_can_replace_or_write_to() {
 }
 files_of_the_lock() { find -L "$work/lock" "$work/kept" -printf '%p %s %t\n'; }
 
-[ -d "$lock" ] || mkdir -m 700 "$lock"
+# As run.sh does it: another user could have made the folder, or a link in its place.
+mkdir -m 700 "$lock" 2>/dev/null || true
+if [ -L "$lock" ] || [ ! -O "$lock" ] || [ -n "$(find "$lock" -maxdepth 0 -perm /022)" ]; then
+    echo "$lock is not a folder that only you can write to: remove it, or have root remove it"
+    exit 1
+fi
 exec 9<"$lock"
 flock --nonblock 9 || {
     printf 'waiting for another test that holds %s\n' "$lock"
