@@ -20,17 +20,18 @@ namespace
 {
 constexpr int pluginSlots = 4;
 
-/// Every object that a proxy is made for.
+/// Every object that a proxy is made for, the base object last: most platforms answer one call
+/// after the other, so its answer means that the others have come too.
 QStringList objectPaths()
 {
-    QStringList paths = {BuzzerProxyDbus::path(),         BacklightProxyDbus::path(),
-                         SystemInfoProxyDbus::path(),     SeepromProxyDbus::path(),
-                         OvikProxyDbus::path(),           MainOsProxyDbus::path(),
-                         StorageManagerProxyDbus::path(), SysStatProxyDbus::path(),
-                         NetworkManagerProxyDbus::path(), ServiceManagerProxyDbus::path()};
+    QStringList paths = {
+        BuzzerProxyDbus::path(),  BacklightProxyDbus::path(),      SystemInfoProxyDbus::path(),
+        SeepromProxyDbus::path(), MainOsProxyDbus::path(),         StorageManagerProxyDbus::path(),
+        SysStatProxyDbus::path(), NetworkManagerProxyDbus::path(), ServiceManagerProxyDbus::path()};
     for (int slot = 0; slot < pluginSlots; ++slot)
         paths << HWPluginInstanceProxyDbus::path(slot) << HWPluginInstanceProxyDbus::ledsPath(slot)
               << HWPluginInstanceProxyDbus::sensorsPath(slot);
+    paths << OvikProxyDbus::path();
     return paths;
 }
 

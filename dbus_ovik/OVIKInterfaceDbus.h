@@ -52,7 +52,8 @@ public:
      * process.
      *
      * Also replaces the proxies of an earlier call that found facilities missing. Those stay alive
-     * until releaseReplaced(), as somebody may still hold their pointers.
+     * until releaseReplaced(), as somebody may still hold their pointers. A failing call replaces
+     * none.
      */
     bool init() override;
     bool shutdown() override;

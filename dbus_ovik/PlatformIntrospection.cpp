@@ -14,47 +14,16 @@ constexpr int deadlineMs = 5000;
 constexpr int maxDocumentBytes = 64 * 1024;
 constexpr int maxTagBytes = 8 * 1024;
 
-/// Where what starts at @p begin ends: behind @p end, or at the document's end.
-int endOf(const QByteArray& document, const char* end, int begin)
-{
-    const int found = document.indexOf(end, begin);
-    return found == -1 ? document.size() : found + static_cast<int>(qstrlen(end));
-}
-
-/// The end of the tag at @p begin. A quoted value may contain '>'.
-int endOfTag(const QByteArray& document, int begin)
-{
-    char quote = 0;
-    for (int i = begin; i < document.size(); ++i) {
-        const char c = document[i];
-        if (quote) {
-            if (c == quote)
-                quote = 0;
-        } else if (c == '"' || c == '\'') {
-            quote = c;
-        } else if (c == '>') {
-            return i + 1;
-        }
-    }
-    return document.size();
-}
-
+/// A tag has no '<' inside, but may have '>' in a quoted value, so it ends with the last one before
+/// the next tag. A comment, or a text with '>', counts as part of the tag that it begins or
+/// follows.
 bool hasLongTag(const QByteArray& document)
 {
     for (int begin = document.indexOf('<'); begin != -1;) {
-        const auto isAt = [&](const char* text) {
-            return qstrncmp(document.constData() + begin, text, qstrlen(text)) == 0;
-        };
-        int end = 0;
-        if (isAt("<!--"))
-            end = endOf(document, "-->", begin);
-        else if (isAt("<![CDATA["))
-            end = endOf(document, "]]>", begin);
-        else if (isAt("<?"))
-            end = endOf(document, "?>", begin);
-        else if ((end = endOfTag(document, begin)) - begin > maxTagBytes)
+        const int next = document.indexOf('<', begin + 1);
+        if (document.lastIndexOf('>', next) - begin >= maxTagBytes)
             return true;
-        begin = document.indexOf('<', end);
+        begin = next;
     }
     return false;
 }
@@ -110,8 +79,9 @@ PlatformIntrospection::PlatformIntrospection(const QDBusConnection& connection,
 
 bool PlatformIntrospection::hasAnswered(const QString& path) const
 {
-    // Qt's own errors, such as that of the deadline, have no sender.
-    return !m_answers.value(path).service().isEmpty();
+    // Qt's own errors, such as that of the deadline, have no sender. A full queue is the bus's.
+    const QDBusMessage answer = m_answers.value(path);
+    return !answer.service().isEmpty() && QDBusError(answer).type() != QDBusError::LimitsExceeded;
 }
 
 bool PlatformIntrospection::isDenied(const QString& path, const QString& interface) const
