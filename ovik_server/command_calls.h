@@ -6,6 +6,5 @@
 #include "protocol/command_table.h"
 
 /// Runs a command, of which no argument is missing, by one call of the C API. A success is written
-/// to
-/// @p resp, a failure is not.
+/// to @p resp, a failure is not.
 CallStatus runCommand(const Command& command, const Fields& in, Response& resp);

@@ -219,6 +219,8 @@ TEST(FaultStranger, TheMemoryForASignalOf32MegabytesIsReturnedAndThatForSuchARep
     const Footprint before = footprintOf(panel.server.process().pid());
     for (int i = 0; i < 3; ++i) {
         sendAsStranger(panel, "signal", 32000000);
+        EXPECT_GT(statusField(panel.server.process().pid(), "VmHWM"), before.memory + 32000)
+            << "the signal has not come";
         expectNothingLeftBehind(panel.server.process().pid(), before, slack);
     }
     panel.platform->answer("OVIK.getVolatileParameter", replyFilledBy([](sd_bus_message* to) {

@@ -148,14 +148,14 @@ TEST(Threads, AnOutcomeIsReadWholeWhileOthersPourIn)
         const Fields scan("serviceCommand;wifi;scan;{}");
         int last = -1;
         for (int round = 0; round < 500; ++round) {
-            Result result;
-            const status_t status = serviceCommand(scan, result);
+            answer::Outcome outcome;
+            const status_t status = serviceCommand(scan, outcome).status;
             if (status == OVIK_TIMEOUT) // after a hundredth of a minute
                 continue;
             ASSERT_EQ(status, OVIK_OK);
-            ASSERT_EQ(result.value, 4);
-            const int number = numberOf(result.outcome);
-            ASSERT_GT(number, last) << result.outcome.constData();
+            ASSERT_EQ(outcome.result, 4);
+            const int number = numberOf(outcome.details);
+            ASSERT_GT(number, last) << outcome.details.constData();
             last = number;
         }
         EXPECT_GE(last, 0) << "no outcome at all";

@@ -43,7 +43,8 @@ class ApplicationUse
 public:
     ApplicationUse()
     {
-        // Without an application nothing is counted, or busy callers could block endRequests().
+        // Without an application nothing is counted: otherwise busy callers could block
+        // endRequests().
         if (!ovikApp)
             return;
         ++requestsUnderWay;

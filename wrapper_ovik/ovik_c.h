@@ -21,8 +21,9 @@
  *     OVIK_NO_PLATFORM (-1)     no backend is in use, or it lacks the facility;
  *     OVIK_NO_APPLICATION (-3)  not initialised, or the event loop has ended;
  *     OVIK_REPLY_ERROR (-4)     the platform's reply is an error or did not come (D-Bus backend);
- *     OVIK_NOT_RUN (-8)         called on the application thread, left when the event loop ended,
- *                               or not supported by the backend in use, where a function says so.
+ *     OVIK_NOT_RUN (-8)         called on the application thread, not served before the event loop
+ *                               ended, or not supported by the backend in use, where a function
+ *                               says so.
  *   The plug-in functions have statuses of their own, see there.
  * - Outputs are written on OVIK_OK only, and must not be null. An output named pResp that is an int
  *   is the platform's own answer: the value asked for, or the platform's result code of an action,
