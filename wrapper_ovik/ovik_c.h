@@ -232,8 +232,8 @@ status_t ovik_setSystemParametersJson(const char* key, const char* json, int* pR
  * module.
  *
  * The only failures are OVIK_EMPTY_SLOT (-10) for a place beyond the list, OVIK_NO_APPLICATION and
- * OVIK_NOT_RUN. Everything else is OVIK_OK, with the value -1 from a module that has no such points,
- * and the value 0 when the platform's reply is an error or does not come; the bytes of
+ * OVIK_NOT_RUN. Everything else is OVIK_OK, with the value -1 from a module that has no such
+ * points, and the value 0 when the platform's reply is an error or does not come; the bytes of
  * ovik_getHWPluginIO() are zero in both cases.
  */
 
