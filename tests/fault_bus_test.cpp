@@ -15,19 +15,10 @@ namespace
 {
 using Clock = std::chrono::steady_clock;
 
-/// What a command answers when the platform cannot be reached: a failed call to a module cannot be
-/// told from its answer 0, and a write that such an answer guards is not made.
-std::string answerWithoutPlatform(const CommandRow& row)
+std::function<std::string(const CommandRow&)> responsesTo(Obstacle obstacle)
 {
-    if (!row.isPlugin())
-        return "-4";
-    if (row.isGuarded())
-        return "-12";
-    return row.member == "Sensors.readIo" ? "0 -48" : "0 0";
+    return [=](const CommandRow& row) { return row.responseTo(obstacle); };
 }
-
-/// What it answers when the service has not found a platform yet.
-std::string answerBeforePlatform(const CommandRow& row) { return row.isPlugin() ? "-10" : "-1"; }
 
 void expectAnswers(Server& server, Client& client,
                    const std::function<std::string(const CommandRow&)>& expected)
@@ -100,7 +91,7 @@ TEST(FaultBus, TriesOnABusThatHangsUpLeaveNothingBehind)
     const auto tries = [&](int count) {
         for (int i = 0; i < count; ++i) {
             ASSERT_TRUE(bus.waitForTry());
-            expectAnswers(server, client, answerBeforePlatform);
+            expectAnswers(server, client, responsesTo(Obstacle::NotFound));
         }
     };
     tries(firstTries);
@@ -119,7 +110,7 @@ TEST(FaultBus, TriesOnABusWithoutThePlatformLeaveNothingBehindAndOneFindsIt)
         ASSERT_TRUE(
             waitUntil([&] { return server.process().errors().size() >= count * line.size(); },
                       patienceFactor * 60s));
-        expectAnswers(server, client, answerBeforePlatform);
+        expectAnswers(server, client, responsesTo(Obstacle::NotFound));
     };
     waitForTries(firstTries);
     const Footprint before = footprintOf(server.process().pid());
@@ -135,7 +126,7 @@ TEST(FaultBus, ABusAndAPlatformThatComeLaterAreFoundWithinTheNextTry)
     bus.stop();
     Server server;
     Client client(serverSocket);
-    expectAnswers(server, client, answerBeforePlatform);
+    expectAnswers(server, client, responsesTo(Obstacle::NotFound));
 
     bus.start();
     expectAPlatformIsFound(client);
@@ -151,17 +142,17 @@ TEST(FaultBus, ABusThatDiesFailsEveryCommandUntilTheServerIsStartedAgain)
     panel.endPlatform();
     panel.bus.stop();
     for (int i = 0; i < 5; ++i)
-        expectAnswers(panel.server, client, answerWithoutPlatform);
+        expectAnswers(panel.server, client, responsesTo(Obstacle::Failing));
     const Footprint before = footprintOf(panel.server.process().pid());
     const auto start = Clock::now();
     for (int i = 0; i < 50; ++i)
-        expectAnswers(panel.server, client, answerWithoutPlatform);
+        expectAnswers(panel.server, client, responsesTo(Obstacle::Failing));
     EXPECT_LT(millisecondsSince(start), 10000) << "nothing waits for a bus that is gone";
 
     // A bus at the same address and a platform on it are not looked for any more.
     panel.bus.start();
     panel.startPlatform();
-    expectAnswers(panel.server, client, answerWithoutPlatform);
+    expectAnswers(panel.server, client, responsesTo(Obstacle::Failing));
     expectNothingLeftBehind(panel.server.process().pid(), before);
     ASSERT_EQ(client.request("quit"), "0");
     ASSERT_EQ(panel.server.process().wait(), 0);
@@ -186,7 +177,7 @@ TEST(FaultBus, ABusThatDiesInTheMiddleOfACallIsAFailureAtOnce)
     ASSERT_TRUE(panel.platform->waitForCall("getBrightness"));
     panel.bus.stop();
     EXPECT_EQ(client.receive(), "-4");
-    expectAnswers(panel.server, client, answerWithoutPlatform);
+    expectAnswers(panel.server, client, responsesTo(Obstacle::Failing));
     EXPECT_EQ(client.request("quit"), "0");
     EXPECT_EQ(panel.server.process().wait(), 0);
 }
@@ -256,7 +247,8 @@ TEST_F(FaultCrash, InTheMiddleOfEveryCommandIsItsFailureAndHealsWithThePlatform)
             const auto start = Clock::now();
             crashDuring(row.request(), row.member);
             // The mode was asked for before, so only the write itself fails.
-            EXPECT_EQ(client->receive(), row.isGuarded() ? "0 0" : answerWithoutPlatform(row))
+            EXPECT_EQ(client->receive(),
+                      row.isGuarded() ? "0 0" : row.responseTo(Obstacle::Failing))
                 << row.word;
             EXPECT_LT(millisecondsSince(start), 10000) << "no time-out is waited for";
             EXPECT_EQ(client->request("getSysCounter"), "-4");
@@ -366,16 +358,6 @@ INSTANTIATE_TEST_SUITE_P(Missing, FaultFacility,
                                          Facility{"Sensors", "/HWPlugin/2/Sensors", "Sensors."}),
                          [](const auto& test) { return std::string(test.param.name); });
 
-/// A module's point without its object has the mode -1, so its writes are not made.
-std::string answerWithoutFacility(const CommandRow& row)
-{
-    if (!row.isPlugin())
-        return "-1";
-    if (row.isGuarded())
-        return "-12";
-    return row.member == "Sensors.readIo" ? "0 -48" : "0 -1";
-}
-
 TEST_P(FaultFacility, AtTheStartIsMinusOneForItsCommandsUntilTheServerIsStartedAgain)
 {
     const Facility& facility = GetParam();
@@ -395,7 +377,7 @@ TEST_P(FaultFacility, AtTheStartIsMinusOneForItsCommandsUntilTheServerIsStartedA
     ASSERT_TRUE(waitUntil([&] { return client.request("getHWPluginLedMode;0;4") == "0 2"; }));
 
     const auto expected = [&](const CommandRow& row) {
-        return belongs(row) ? answerWithoutFacility(row) : row.response;
+        return belongs(row) ? row.responseTo(Obstacle::Lacking) : row.response;
     };
     for (int i = 0; i < 5; ++i)
         expectAnswers(server, client, expected);
@@ -438,7 +420,7 @@ TEST_F(FaultComingFacility, AfterTheStartFailsItsCommandsUntilItIsBack)
                                             replyError("org.freedesktop.DBus.Error.UnknownObject"));
             }
             expectAnswers(panel->server, *client, [&](const CommandRow& row) {
-                return belongs(row) ? answerWithoutPlatform(row) : row.response;
+                return belongs(row) ? row.responseTo(Obstacle::Failing) : row.response;
             });
             answerCommands(*panel->platform);
             expectEveryCommandWorks(*client);
@@ -485,7 +467,7 @@ TEST_F(FaultComingFacility, AModuleThatIsPulledOutAnswersZeroUntilItIsBack)
                                     replyError("org.freedesktop.DBus.Error.UnknownObject"));
     }
     expectAnswers(panel->server, *client, [](const CommandRow& row) {
-        return row.isPlugin() ? answerWithoutPlatform(row) : row.response;
+        return row.isPlugin() ? row.responseTo(Obstacle::Failing) : row.response;
     });
 }
 } // namespace

@@ -2,20 +2,6 @@
 
 #include "tests/soak/traffic.h"
 
-/// What faults happen to.
-struct Scene {
-    Server& server;
-    Panel& panel;
-    Model& model;
-    Traffic& traffic;
-    Random& random;
-
-    /// A panel with everything, in place of the one there was.
-    void restartPanel();
-    /// Waits until a service that has started has found the panel.
-    void waitForAdoption();
-};
-
 enum class Cost {
     Usual,
     Slow,   ///< takes half a minute or more
@@ -26,7 +12,8 @@ enum class Cost {
 struct Fault {
     const char* name;
     Cost cost;
-    void (*happen)(Scene& scene);
+    void (*happen)(Traffic& traffic);
 };
 
-const std::vector<Fault>& allFaults();
+/// The faults of one kind.
+std::vector<Fault> faults(Cost cost);

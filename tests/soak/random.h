@@ -1,7 +1,7 @@
 #pragma once
 
+#include <iterator>
 #include <random>
-#include <vector>
 
 /// Every decision of a run, repeatable by its seed.
 class Random
@@ -20,15 +20,11 @@ public:
     template <class Container>
     const auto& pick(const Container& choices)
     {
-        return *(std::begin(choices) + static_cast<std::ptrdiff_t>(below(std::size(choices))));
+        return *std::next(std::begin(choices),
+                          static_cast<std::ptrdiff_t>(below(std::size(choices))));
     }
 
-    template <class Value>
-    void shuffle(std::vector<Value>& values)
-    {
-        for (size_t left = values.size(); left > 1; --left)
-            std::swap(values[left - 1], values[below(left)]);
-    }
+    std::mt19937& engine() { return m_engine; }
 
 private:
     std::mt19937 m_engine;

@@ -12,7 +12,7 @@ constexpr size_t fewest = 3;
 
 std::string printable(const std::string& bytes)
 {
-    constexpr size_t longest = 600;
+    constexpr size_t longest = 200;
     std::string text;
     for (const char byte : bytes.substr(0, longest)) {
         char code[8];
@@ -38,25 +38,17 @@ Footprint typical(std::vector<Footprint> some)
 
 void list(const char* what, const std::map<std::string, long>& counts)
 {
-    long sum = 0;
-    for (const auto& count : counts)
-        sum += count.second;
-    std::cout << what << ": " << sum << '\n';
+    std::cout << what << ":\n";
     for (const auto& count : counts)
         std::cout << "  " << count.first << ": " << count.second << '\n';
 }
 } // namespace
 
-void Report::complain(const std::string& what, const std::string& details)
+void Report::complain(const std::string& what, const std::string& expected, const std::string& got)
 {
     ++wrong;
-    std::cout << "WRONG: " << printable(what) << '\n' << printable(details) << std::endl;
-}
-
-void Report::progress(int seconds, const Footprint& now) const
-{
-    std::cerr << seconds << " s: " << requests << " requests, " << wrong << " wrong; " << now
-              << std::endl;
+    std::cout << "WRONG: " << printable(what) << "\n  expected: " << printable(expected)
+              << "\n  got:      " << printable(got) << std::endl;
 }
 
 bool Report::conclude(unsigned int seed, int seconds) const

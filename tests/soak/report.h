@@ -1,10 +1,10 @@
 #pragma once
 
-#include "tests/soak/panel.h"
 #include "tests/support/footprint.h"
 
 #include <map>
 #include <string>
+#include <vector>
 
 /// What a run has seen.
 struct Report {
@@ -14,9 +14,8 @@ struct Report {
     long wrong = 0;
     std::vector<Footprint> footprints; ///< since everything had happened at least once
 
-    /// Prints what went wrong, and counts it.
-    void complain(const std::string& what, const std::string& details);
-    void progress(int seconds, const Footprint& now) const;
+    /// Prints and counts what went wrong.
+    void complain(const std::string& what, const std::string& expected, const std::string& got);
     /// The end of a run: true when nothing was wrong and nothing has grown.
     bool conclude(unsigned int seed, int seconds) const;
 };

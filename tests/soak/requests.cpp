@@ -1,226 +1,217 @@
 #include "tests/soak/requests.h"
 
-#include "protocol/command_table.h"
-
+#include <algorithm>
 #include <stdexcept>
-#include <vector>
 
 namespace
 {
-using Texts = std::vector<std::string>;
+using namespace std::string_literals;
 
-struct Values {
-    ArgumentKind kind;
-    const char* argument;
-    int first; ///< of a number
-    int last;
-    Texts texts;
+constexpr size_t longestMessage = 4999; ///< without its NUL
+constexpr size_t longestResponse = 9999;
+constexpr size_t longestParameter = 99;
+/// What may wait in a socket without its sender having to.
+constexpr size_t mostBytes = 100000;
+
+const std::string longText(12000, 'c');
+
+// clang-format off
+/// Numbers as they are sent, and as the panel gets them.
+const std::pair<std::string, int> oddNumbers[] = {
+    {"-1", -1}, {"007", 7}, {"+5", 5}, {"2147483647", 2147483647}, {"2147483648", 0},
+    {"4294967296", 0}, {"abc", 0}, {"", 0}, {"1x", 0}, {"0x10", 0}, {"1e3", 0}, {"3.5", 0},
 };
-
-const Texts jsonObjects = {"{}",
-                           "{\"mode\":\"dhcp\"}",
-                           "{\"mode\":\"static\",\"address\":\"192.0.2.77\",\"metric\":3}",
-                           "{\"a\":1,\"b\":\"zwei\",\"c\":[1,2,3],\"d\":{\"e\":null}}",
-                           "{\"b\":true,\"f\":1.5,\"name\":\"\u00fcber \u20ac\"}",
-                           "{\"a\":",
-                           "[1,2]",
-                           "no object"};
-const Texts services = {"wifi", "ssh", "vnc", "ntp", "logger", "none"};
-
-/// What each argument is usually given.
-const std::vector<Values> usual = {
-    {ArgumentKind::Number, "value", 0, 2, {}},
-    {ArgumentKind::Number, "mode", 0, 3, {}},
-    {ArgumentKind::Number, "control", 0, 2, {}},
-    {ArgumentKind::Number, "time", 0, 1000, {}},
-    {ArgumentKind::Number, "onTime", 0, 1000, {}},
-    {ArgumentKind::Number, "offTime", 0, 1000, {}},
-    {ArgumentKind::Number, "offset", 0, 300, {}},
-    {ArgumentKind::Number, "length", 0, 64, {}},
-    {ArgumentKind::Number, "slaveAddress", 0x4e, 0x59, {}},
-    {ArgumentKind::Number, "slot", 0, 2, {}},
-    {ArgumentKind::Number, "index", 0, 8, {}},
-    {ArgumentKind::Text, "name", 0, 0, {"internal", "usb", "sdcard", "/mnt/usb", "none"}},
-    {ArgumentKind::Text, "interface", 0, 0, {"eth0", "eth1", "wlan0", "lo"}},
-    {ArgumentKind::Text, "config", 0, 0, jsonObjects},
-    {ArgumentKind::Text,
-     "key",
-     0,
-     0,
-     {"language", "keyboard", "timezone", "screensaver", "k1", "k2", "k3", "k4", "net", "\u00fc"}},
-    {ArgumentKind::Text,
-     "value",
-     0,
-     0,
-     {"", "on", "off", "de", "a longer text", "\u00fcber \u20ac"}},
-    {ArgumentKind::Text, "json", 0, 0, jsonObjects},
-    {ArgumentKind::Text, "service", 0, 0, services},
-    {ArgumentKind::Text, "command", 0, 0, {"scan", "status", "connect"}},
-    {ArgumentKind::Text, "options", 0, 0, {"{}", "{\"ssid\":\"\u00fc\"}", ""}},
+/// Texts as they are sent, and as the panel gets them.
+const std::pair<std::string, std::string> oddTexts[] = {
+    {"", ""}, {"%s%n%1%2", "%s%n%1%2"}, {"tab\tline\n", "tab\tline\n"}, {"\"a\\\"", "\"a\\\""},
+    {"\u65e5\u672c\u8a9e \U0001f600", "\u65e5\u672c\u8a9e \U0001f600"},
+    {"a\xff\xfe", "a\ufffd\ufffd"}, {"\xed\xa0\x80", "\ufffd\ufffd\ufffd"}, {"\xc3", "\ufffd"},
+    {std::string(98, 'z') + "\u20ac", std::string(98, 'z') + "\u20ac"},
 };
+// clang-format on
 
-const Texts oddNumbers = {"-1",
-                          "2147483647",
-                          "2147483648",
-                          "-2147483648",
-                          "4294967295",
-                          "4294967296",
-                          "256",
-                          "65535",
-                          "65536",
-                          "3300",
-                          "9999999999999999999999",
-                          "abc",
-                          "",
-                          " 7",
-                          "7 ",
-                          "0x10",
-                          "1e3",
-                          "3.5",
-                          "+5",
-                          "007",
-                          "\uff17",
-                          "1\n"};
-
-const Texts oddTexts = {"",
-                        "\ufeffmarked",
-                        "\ufeff\ufefftwice",
-                        "\u65e5\u672c\u8a9e",
-                        "\U0001f600",
-                        "a\xff\xfe",
-                        "\xed\xa0\x80",
-                        "\xc3",
-                        "%s%n%1%2",
-                        "tab\tline\n",
-                        "\"quoted\\\"",
-                        std::string(99, 'x'),
-                        std::string(100, 'y'),
-                        std::string(98, 'z') + "\u20ac",
-                        std::string(1500, 'l'),
-                        std::string(1200, '\xe4')};
-
-const Values* usualOf(const Argument& argument)
+CommandRow rowOf(const std::string& word)
 {
-    for (const Values& values : usual) {
-        if (values.kind == argument.kind && std::string(values.argument) == argument.name)
-            return &values;
-    }
-    return nullptr;
+    const auto& rows = commandRows();
+    const auto row =
+        std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.word == word; });
+    if (row == rows.end())
+        throw std::runtime_error("no row of " + word);
+    return *row;
 }
 
-constexpr size_t quitIndex = 0;
-const size_t serviceCommandIndex = commandTable.size() - 1;
-constexpr size_t receiveBuffer = 5000;
+/// The row with other @p arguments, and "(signature) values" of its call.
+CommandRow rowWith(const std::string& word, const std::string& arguments, const std::string& values,
+                   const std::string& response)
+{
+    CommandRow row = rowOf(word);
+    row.arguments = arguments;
+    row.calls = {row.calls.back().substr(0, row.calls.back().find('(')) + values};
+    row.response = response.substr(0, longestResponse);
+    return row;
+}
+
+/// Carries out a service command: a scan succeeds, and its options are its outcome.
+int answerCommand(sd_bus_message* call)
+{
+    const char* service = nullptr;
+    const char* command = nullptr;
+    const char* options = nullptr;
+    sd_bus_message_rewind(call, true);
+    sd_bus_message_read(call, "sss", &service, &command, &options);
+    if (service + ";"s + command != "wifi;scan")
+        return rowOf("serviceCommand").reply(call);
+    const int sent = sd_bus_reply_method_return(call, "i", 0);
+    if (sent < 0)
+        return sent;
+    return sd_bus_emit_signal(sd_bus_message_get_bus(call), "/ServiceManager",
+                              "com.wenu.OVIK.ServiceManager", "commandResult", "sss", service,
+                              command, options);
+}
+
+/// A message that names no command, with a NUL or without.
+std::string garbage(Random& random)
+{
+    static const std::vector<std::string> texts = {
+        "unknown;1;2\0"s,        "Quit\0"s, "quit \0"s,  " quit\0"s,
+        "\ufeffgetBrightnes\0"s, ";;;\0"s,  "\0quit\0"s, "setBuzzerMode\0"s};
+    if (random.chance(50))
+        return random.pick(texts);
+    std::string bytes(1 + random.below(60), '!');
+    for (size_t i = 1; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(random.below(256));
+    return bytes;
+}
+
+/// A message about as long as what the service receives; a longer one is cut.
+Request tooLong(size_t valueSize)
+{
+    const std::string start = "setVolatileParameter;long;";
+    const std::string arrived(std::min(valueSize, longestMessage - start.size()), 'L');
+    return {start + std::string(valueSize, 'L') + '\0',
+            rowWith("setVolatileParameter", "", "(ss) \"long\" \"" + arrived + '"', "0 0")};
+}
 } // namespace
 
-void Requests::checkArguments()
+Request fixedRequest(const std::string& message, const std::string& response)
 {
-    for (const Command& command : commandTable) {
-        for (int i = 0; i < command.argumentCount(); ++i) {
-            const Argument& argument = command.arguments[static_cast<size_t>(i)];
-            if (!usualOf(argument))
-                throw std::runtime_error(std::string("the soak has no values for ") + command.word +
-                                         "'s " + argument.name);
-        }
-    }
-    if (commandTable[quitIndex].word != std::string("quit") ||
-        commandTable[serviceCommandIndex].word != std::string("serviceCommand"))
-        throw std::runtime_error("commands have changed their places in the table");
+    CommandRow row = {};
+    row.response = response;
+    return {message, row};
 }
 
-std::string Requests::request(size_t command, int percentOdd)
+Request scanRequest(const std::string& options)
 {
-    const Command& row = commandTable[command];
-    std::string text = row.word;
-    for (int i = 0; i < row.argumentCount(); ++i) {
-        const Argument& argument = row.arguments[static_cast<size_t>(i)];
-        const Values& values = *usualOf(argument);
-        text += ';';
-        if (m_random.chance(percentOdd))
-            text += m_random.pick(argument.kind == ArgumentKind::Number ? oddNumbers : oddTexts);
-        else if (argument.kind == ArgumentKind::Number)
-            text += std::to_string(m_random.between(values.first, values.last));
-        else
-            text += m_random.pick(values.texts);
-    }
-    // The results of commands can be told apart.
-    if (command == serviceCommandIndex)
-        text += '#' + std::to_string(++m_number);
-    return text;
+    const CommandRow row =
+        rowWith("serviceCommand", ";wifi;scan;" + options,
+                "(sss) \"wifi\" \"scan\" \"" + options + '"', "0 0;wifi;scan;" + options);
+    return {row.request() + '\0', row};
 }
 
-std::string Requests::garbage(size_t command)
+void answerRequests(FakePlatform& platform)
 {
-    const std::string whole = request(command, 30);
-    switch (m_random.below(11)) {
-    case 0: // an unknown word
-        return m_random.pick(Texts{"unknown", "Quit", "getbrightness", "getBrightness ", "",
-                                   " getBrightness", "\ufeffgetBrightnes"}) +
-               ";1;2" + '\0';
-    case 1: // too few fields
-        return whole.substr(0, whole.rfind(';')) + '\0';
+    answerCommands(platform);
+    platform.answer("Backlight.saveBrightness", replyEcho());
+    platform.answer("OVIK.getVolatileParameter", replyEcho());
+    platform.answer("NetworkManager.getConfigJSON", replyText(longText));
+    platform.answer("ServiceManager.command", answerCommand);
+}
+
+Requests::Requests(Random& random) : m_random(random)
+{
+    for (const CommandRow& row : commandRows()) {
+        if (row.word == "getNetworkConfigJson"s)
+            m_rows.push_back(rowWith(row.word, "", "()", "0 " + longText));
+        else if (row.word != "saveBrightness"s && row.word != "getVolatileParameter"s)
+            m_rows.push_back(row);
+    }
+}
+
+CommandRow Requests::numbered()
+{
+    ++m_number;
+    std::pair<std::string, int> number(std::to_string(m_number), m_number);
+    if (m_random.chance(20))
+        number = m_random.pick(oddNumbers);
+    return rowWith("saveBrightness", ';' + number.first, "(i) " + std::to_string(number.second),
+                   "0 " + std::to_string(static_cast<unsigned int>(number.second)));
+}
+
+CommandRow Requests::named()
+{
+    const std::string name = "name" + std::to_string(++m_number);
+    std::pair<std::string, std::string> text(name, name);
+    if (m_random.chance(20))
+        text = m_random.pick(oddTexts);
+    return rowWith("getVolatileParameter", ';' + text.first, "(s) \"" + text.second + '"',
+                   "0 " + text.second.substr(0, longestParameter));
+}
+
+CommandRow Requests::anyRow(bool scans)
+{
+    // A scan takes half a second and more, so scans are rare.
+    if (scans && m_random.chance(1))
+        return scanRequest('#' + std::to_string(++m_number)).row;
+    switch (m_random.below(4)) {
+    case 0:
+        return numbered();
+    case 1:
+        return named();
+    default:
+        return m_random.pick(m_rows);
+    }
+}
+
+void Requests::add(std::vector<Request>& requests, bool scans)
+{
+    const CommandRow row = anyRow(scans);
+    const std::string text = row.request();
+    Request request = {text + '\0', row};
+    switch (m_random.below(40)) {
+    case 0: // without its NUL it runs on into what the message before left behind
+        requests.push_back(request);
+        request.message.resize(1 + m_random.below(text.size()));
+        break;
+    case 1:
+        request.message += "quit"s + '\0';
+        break;
     case 2:
-        return std::string(1 + m_random.below(20), ';') + '\0';
-    case 3: // no NUL
-        return whole;
-    case 4: // no NUL, and cut
-        return whole.substr(0, 1 + m_random.below(whole.size()));
-    case 5: // a NUL in between
-        return whole + '\0' + "setBuzzerMode;1" + '\0';
+        request.message = text + ";more;;" + '\0';
+        break;
+    case 3: // without its last argument
+        if (row.arguments.empty())
+            break;
+        request = fixedRequest(text.substr(0, text.rfind(';')) + '\0', "-8");
+        break;
+    case 4:
+        request = tooLong(m_random.pick(std::vector<size_t>{4972, 4973, 4974, 5000, 9000}));
+        break;
+    case 5: // an impossible length
+        request = fixedRequest("seepromRead;0;65536"s + '\0', "-3");
+        break;
     case 6:
-        return std::string(1 + m_random.below(3), '\0') + whole + '\0';
-    case 7: // longer than what is received
-        return "setVolatileParameter;long;" +
-               std::string(m_random.pick(std::vector<size_t>{receiveBuffer - 27, receiveBuffer - 26,
-                                                             receiveBuffer, 2 * receiveBuffer}),
-                           'L') +
-               '\0';
-    case 8: // more fields than it has
-        return whole + ";more;;" + '\0';
-    case 9: { // bytes of any kind
-        std::string bytes(1 + m_random.below(60), ' ');
-        for (char& byte : bytes)
-            byte = static_cast<char>(m_random.below(256));
-        return bytes;
+    case 7:
+        request = fixedRequest(garbage(m_random), "-8");
+        break;
     }
-    default: // an invalid text
-        return whole + m_random.pick(oddTexts) + '\0';
-    }
+    requests.push_back(request);
 }
 
-std::string Requests::sound(size_t command) { return request(command, 0) + '\0'; }
-
-bool Requests::haveCommandsAllCome() const { return m_next >= commandTable.size(); }
-
-std::vector<std::string> Requests::largest() const
+std::vector<Request> Requests::some(int count, bool scans)
 {
-    const std::string longest(receiveBuffer - 100, 'l');
-    std::vector<std::string> messages;
-    for (const std::string& key : usualOf({"key", ArgumentKind::Text})->texts) {
-        for (const char* word : {"setSystemParameter", "setVolatileParameter"})
-            messages.push_back(word + (';' + key + ';' + longest) + '\0');
+    std::vector<Request> requests;
+    for (size_t bytes = 0; count > 0 && bytes < mostBytes; --count) {
+        add(requests, scans);
+        bytes += 1024 + 2 * (requests.back().message.size() + requests.back().row.response.size());
     }
-    for (const char* text : {"getAllSystemParametersJson", "getAllVolatileParametersJson",
-                             "getSystemParameter;k1", "seepromRead;0;65535"})
-        messages.push_back(text + std::string(1, '\0'));
-    return messages;
+    return requests;
 }
 
-std::string Requests::any()
+std::vector<Request> Requests::allRows() const
 {
-    if (!haveCommandsAllCome()) {
-        if (m_next == quitIndex)
-            ++m_next;
-        return sound(m_next++);
-    }
-    // A scan takes half a second and more, so commands are rare.
-    if (m_random.chance(1))
-        return request(serviceCommandIndex, 10) + '\0';
-    return anyButCommand();
-}
-
-std::string Requests::anyButCommand()
-{
-    const size_t command = 1 + m_random.below(serviceCommandIndex - 1);
-    return m_random.chance(15) ? garbage(command) : request(command, 10) + '\0';
+    std::vector<Request> requests;
+    for (const CommandRow& row : m_rows)
+        requests.push_back({row.request() + '\0', row});
+    requests.push_back(tooLong(9000));
+    return requests;
 }

@@ -1,36 +1,43 @@
 #pragma once
 
 #include "tests/soak/random.h"
+#include "tests/support/commands.h"
 
-#include <string>
-#include <vector>
+/// A message, and the known row that says what must come of it.
+struct Request {
+    std::string message;
+    /// What the panel is asked and the response when the panel works. A row without calls has the
+    /// same response in every state.
+    CommandRow row;
+};
 
-/// Makes requests of every command, sound and odd ones, and messages that are none.
+/// A request that the service answers by itself.
+Request fixedRequest(const std::string& message, const std::string& response);
+/// A scan; its @p options end up in its outcome, so that outcomes differ.
+Request scanRequest(const std::string& options);
+
+/// Makes every known row work, and the replies that differ from the table's: some calls get their
+/// own arguments back, so that each response can be told from the others.
+void answerRequests(FakePlatform& platform);
+
+/// Makes requests of known rows, with proper and odd messages.
 class Requests
 {
 public:
-    explicit Requests(Random& random) : m_random(random) {}
+    explicit Requests(Random& random);
 
-    /// Throws when the service's table has an argument for which there are no values here.
-    static void checkArguments();
-
-    /// The bytes of a message, at most @p longest or so.
-    std::string any();
-    /// As any(), without service commands: those may wait for each other.
-    std::string anyButCommand();
-    /// A sound request of the command of that place in the service's table.
-    std::string sound(size_t command);
-
-    /// Requests that make the panel's texts as long as they may get, and read them.
-    std::vector<std::string> largest() const;
-
-    bool haveCommandsAllCome() const;
+    /// About @p count requests, as many as can wait in a socket. @p scans: with Wi-Fi scans.
+    std::vector<Request> some(int count, bool scans);
+    /// Each row once, with the longest messages and responses.
+    std::vector<Request> allRows() const;
 
 private:
-    std::string request(size_t command, int percentOdd);
-    std::string garbage(size_t command);
+    CommandRow anyRow(bool scans);
+    CommandRow numbered();
+    CommandRow named();
+    void add(std::vector<Request>& requests, bool scans);
 
     Random& m_random;
-    size_t m_next = 0; ///< so that every command comes early on
-    int m_number = 0;
+    std::vector<CommandRow> m_rows;
+    int m_number = 0; ///< makes requests differ
 };

@@ -1,197 +1,105 @@
-// A long run of the real service against a panel that comes, goes and stands still, with clients of
-// every kind; every answer is checked, and what the service holds must not grow.
+// A long run of the real service against a panel that comes, goes and freezes, with clients of
+// every kind. Every answer is checked, and the service must not grow.
 
 #include "tests/soak/faults.h"
-#include "tests/support/private_bus.h"
-
-#include <QCommandLineParser>
-#include <QCoreApplication>
 
 #include <algorithm>
 #include <iostream>
-#include <stdexcept>
 
 namespace
 {
 constexpr long mostWrong = 20;
 constexpr auto measureEvery = 10s;
-constexpr auto progressEvery = 30s;
 /// A shorter run goes without the slow faults.
 constexpr int longRun = 600;
 
-class Soak
-{
-public:
-    Soak(int seconds, unsigned int seed)
-        : m_seconds(seconds), m_seed(seed), m_random(seed), m_server({"prlimit", "--nofile=64"}),
-          m_model(m_panel), m_traffic(m_server, m_panel, m_model, m_random, m_report)
+struct Soak {
+    int seconds;
+    unsigned int seed;
+    Random random{seed};
+    Report report = {};
+    Traffic traffic{random, report};
+    Clock::time_point start = Clock::now();
+
+    int elapsed() const { return static_cast<int>((Clock::now() - start) / 1s); }
+    bool goesOn() const { return elapsed() < seconds && report.wrong < mostWrong; }
+
+    void happen(const Fault& fault)
     {
+        ++report.faults[fault.name];
+        fault.happen(traffic);
     }
-
-    bool run();
-
-private:
-    std::vector<const Fault*> faults(Cost cost) const;
     void warmUp();
-    void step(const Fault* fault);
-    void happen(const Fault& fault);
     void measure();
-    int elapsed() const
-    {
-        return static_cast<int>(
-            std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - m_start).count());
-    }
-    bool goesOn() const { return elapsed() < m_seconds && m_report.wrong < mostWrong; }
-
-    const int m_seconds;
-    const unsigned int m_seed;
-    const Clock::time_point m_start = Clock::now();
-    Clock::time_point m_nextMeasure;
-    Clock::time_point m_nextProgress = m_start;
-    Random m_random;
-    Report m_report;
-    PrivateBus m_bus;
-    Panel m_panel;
-    Server m_server;
-    Model m_model;
-    Traffic m_traffic;
-    Scene m_scene{m_server, m_panel, m_model, m_traffic, m_random};
+    /// False when anything was wrong or has grown.
+    bool run();
 };
 
-std::vector<const Fault*> Soak::faults(Cost cost) const
+/// Everything happens at least once. The service is restarted only here, so that there is one long
+/// life of it to measure.
+void Soak::warmUp()
 {
-    std::vector<const Fault*> found;
-    for (const Fault& fault : allFaults()) {
-        if (fault.cost == cost)
-            found.push_back(&fault);
+    for (const Cost cost : {Cost::Restart, Cost::Usual, Cost::Slow}) {
+        std::vector<Fault> some = faults(cost);
+        std::shuffle(some.begin(), some.end(), random.engine());
+        for (const Fault& fault : some) {
+            if (!goesOn() || (cost == Cost::Slow && seconds < longRun))
+                break;
+            happen(fault);
+            traffic.someTraffic(2);
+        }
     }
-    return found;
+    // Buffers grow now and not at some later time.
+    for (int times = 0; goesOn() && times < 10; ++times)
+        traffic.allRows();
+}
+
+void Soak::measure()
+{
+    report.footprints.push_back(footprintOf(traffic.service().pid()));
+    std::cerr << elapsed() << " s: " << report.requests << " requests, " << report.wrong
+              << " wrong; " << report.footprints.back() << std::endl;
 }
 
 bool Soak::run()
 {
     try {
-        m_model.serviceStarts();
-        m_panel.start({});
-        m_scene.waitForAdoption();
+        traffic.startPanel();
+        traffic.waitForAdoption();
         warmUp();
-        m_nextMeasure = Clock::now();
-        while (goesOn()) {
-            const Fault* fault = nullptr;
-            if (m_random.chance(10))
-                fault = m_random.pick(faults(Cost::Usual));
-            else if (m_seconds >= longRun && m_random.below(4000) == 0)
-                fault = m_random.pick(faults(Cost::Slow));
-            step(fault);
-            measure();
+        for (auto nextMeasure = Clock::now(); goesOn();) {
+            traffic.someTraffic(1);
+            if (random.chance(10))
+                happen(random.pick(faults(Cost::Usual)));
+            else if (seconds >= longRun && random.below(4000) == 0)
+                happen(random.pick(faults(Cost::Slow)));
+            if (Clock::now() >= nextMeasure) {
+                measure();
+                nextMeasure = Clock::now() + measureEvery;
+            }
         }
-        m_traffic.request("quit");
-        if (m_server.process().wait() != 0)
-            throw std::runtime_error("the service did not end well, saying " +
-                                     m_server.process().errors());
+        traffic.quit();
     } catch (const std::exception& error) {
-        m_report.complain("the run has ended early", error.what());
+        report.complain("the run", "no early end", error.what());
     }
-    return m_report.conclude(m_seed, elapsed());
-}
-
-/// Everything happens at least once, in any order. The service is restarted only here, so that
-/// there is one long life of it to measure.
-void Soak::warmUp()
-{
-    std::vector<const Fault*> order = faults(Cost::Restart);
-    m_random.shuffle(order);
-    std::vector<const Fault*> others = faults(Cost::Usual);
-    if (m_seconds >= longRun) {
-        for (const Fault* fault : faults(Cost::Slow))
-            others.push_back(fault);
-    }
-    m_random.shuffle(others);
-    order.insert(order.end(), others.begin(), others.end());
-    for (const Fault* fault : order) {
-        if (!goesOn())
-            return;
-        step(fault);
-        step(nullptr);
-    }
-    while (goesOn() && !m_traffic.haveCommandsAllCome())
-        step(nullptr);
-    // Buffers grow now and not at some later time.
-    for (int times = 0; goesOn() && times < 10; ++times)
-        m_traffic.largestRequests();
-    m_scene.restartPanel();
-}
-
-/// Some traffic, perhaps around a fault.
-void Soak::step(const Fault* fault)
-{
-    m_traffic.someClients();
-    if (fault) {
-        ++m_report.faults[fault->name];
-        fault->happen(m_scene);
-    }
-    if (m_random.chance(20)) {
-        const std::string differences = m_model.differences();
-        if (!differences.empty())
-            m_traffic.wrong("(the panel itself)", "", differences);
-    }
-    if (m_traffic.isOutOfStep()) {
-        m_scene.restartPanel();
-        m_traffic.inStepAgain();
-    }
-    if (Clock::now() >= m_nextProgress) {
-        m_report.progress(elapsed(), footprintOf(m_server.process().pid()));
-        m_nextProgress = Clock::now() + progressEvery;
-    }
-}
-
-void Soak::measure()
-{
-    if (Clock::now() < m_nextMeasure)
-        return;
-    m_nextMeasure = Clock::now() + measureEvery;
-    m_report.footprints.push_back(footprintOf(m_server.process().pid()));
-}
-
-int numberOf(const QCommandLineParser& parser, const QString& option)
-{
-    bool isNumber = false;
-    const int number = parser.value(option).toInt(&isNumber);
-    if (!isNumber || number < 0)
-        throw std::runtime_error("bad value for --" + option.toStdString());
-    return number;
-}
-
-int run()
-{
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        "Runs ovik_server with random clients and faults of the panel and checks every answer.");
-    parser.addHelpOption();
-    parser.addOptions({
-        {"seconds", "How long to run.", "number", "120"},
-        {"seed", "Repeats the decisions of an earlier run.", "number"},
-    });
-    parser.process(*QCoreApplication::instance());
-
-    Model::checkCommands();
-    Requests::checkArguments();
-    const unsigned int seed = parser.isSet("seed")
-                                  ? static_cast<unsigned int>(numberOf(parser, "seed"))
-                                  : std::random_device()() % 1000000;
-    std::cerr << "seed " << seed << std::endl;
-    return Soak(numberOf(parser, "seconds"), seed).run() ? EXIT_SUCCESS : EXIT_FAILURE;
+    return report.conclude(seed, elapsed());
 }
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName("ovik_soak");
+    std::map<std::string, int> options = {
+        {"--seconds", 120}, {"--seed", static_cast<int>(std::random_device()() % 1000000)}};
     try {
-        return run();
+        for (int i = 1; i < argc; i += 2)
+            options.at(argv[i]) = std::stoi(i + 1 < argc ? argv[i + 1] : "");
+        std::cerr << "seed " << options["--seed"] << std::endl;
+        Soak soak{options["--seconds"], static_cast<unsigned int>(options["--seed"])};
+        return soak.run() ? EXIT_SUCCESS : EXIT_FAILURE;
+    } catch (const std::logic_error&) { // no such option, or no number
+        std::cerr << "usage: ovik_soak [--seconds NUMBER] [--seed NUMBER]\n";
     } catch (const std::exception& error) {
         std::cerr << "ovik_soak: " << error.what() << std::endl;
-        return EXIT_FAILURE;
     }
+    return EXIT_FAILURE;
 }

@@ -21,19 +21,90 @@ const struct {
     {SendsEmpty, "sends an empty message", 8},
 };
 
-constexpr size_t mostClients = 20; // that the listen queue takes
+constexpr int mostClients = 20; // that the listen queue takes
 
-/// What may wait in a socket without its sender having to.
-constexpr size_t mostBytes = 100000;
-size_t cost(const std::string& message) { return 1024 + 2 * message.size(); }
+/// The object that a row asks.
+std::string pathOf(const CommandRow& row)
+{
+    return row.calls.front().substr(0, row.calls.front().find(' '));
+}
+
 } // namespace
 
 struct Traffic::Guest {
     Manner manner = Stays;
     Client client{serverSocket};
-    std::vector<std::string> messages;
-    Clock::time_point sent = Clock::now();
+    std::vector<Request> requests;
 };
+
+void Traffic::quit()
+{
+    Client client(serverSocket);
+    client.send("quit");
+    checkAnswer(fixedRequest("quit", "0"), receive(client));
+    expectEnd(0);
+}
+
+void Traffic::expectEnd(int status)
+{
+    const int ended = service().wait();
+    if (ended != status)
+        throw std::runtime_error("the service ended with " + std::to_string(ended) + ", saying " +
+                                 service().errors());
+}
+
+void Traffic::startService()
+{
+    m_server.start();
+    m_adopted.reset();
+}
+
+void Traffic::waitForAdoption()
+{
+    const auto& rows = commandRows();
+    const auto probe = std::find_if(rows.begin(), rows.end(), [&](const CommandRow& row) {
+        return !row.isPlugin() && m_missing.count(pathOf(row)) == 0;
+    });
+    const std::string notFound = probe->responseTo(Obstacle::NotFound);
+    if (!waitUntil([&] { return Client(serverSocket).request(probe->request()) != notFound; }))
+        throw std::runtime_error("the service does not find the panel");
+    m_adopted = m_missing;
+    forgetCalls();
+}
+
+void Traffic::startPanel(int mostMissing)
+{
+    endPanel();
+    auto objects = FakePlatform::wholePanel();
+    m_missing.clear();
+    for (int left = m_random.between(0, mostMissing); left > 0; --left) {
+        const std::string path = m_random.pick(objects).first;
+        // The rows' module is at place 1 only while slot 0 has one.
+        if (path.rfind("/HWPlugin/0", 0) != 0)
+            m_missing.insert({path, path + "/Leds", path + "/Sensors"});
+        for (const std::string& missing : m_missing)
+            objects.erase(missing);
+    }
+    m_panel = std::make_unique<FakePlatform>(objects, false);
+    answerRequests(*m_panel);
+    for (const CommandRow& row : commandRows()) {
+        if (m_missing.count(pathOf(row)) != 0)
+            m_panel->answer(row.member, replyError("org.freedesktop.DBus.Error.UnknownObject"));
+    }
+    m_panel->ownName();
+}
+
+void Traffic::endPanel()
+{
+    m_panel.reset();
+    m_calls.clear();
+}
+
+void Traffic::someTraffic(int most)
+{
+    for (int left = m_random.between(1, most); left > 0; --left)
+        someClients();
+}
 
 void Traffic::someClients()
 {
@@ -51,8 +122,7 @@ void Traffic::someClients()
             left -= manner->weight;
         guest->manner = manner->manner;
         ++m_report.clients[manner->name];
-        const int most = queue ? 5 : m_random.chance(50) ? 10 : 100;
-        arrive(*guest, static_cast<size_t>(m_random.between(1, most)));
+        arrive(*guest, queue ? 5 : m_random.chance(50) ? 10 : 100);
     }
     for (auto& guest : guests)
         serve(*guest);
@@ -60,20 +130,19 @@ void Traffic::someClients()
         const auto more =
             guest->manner == SendsEmpty ? guest->client.receiveBytes(0ms) : std::nullopt;
         if (more && !more->empty()) // its descriptor may be closed by now
-            wrong("(a client that has said goodbye)", "nothing", *more);
+            m_report.complain("(a client that has said goodbye)", "nothing", *more);
     }
+    checkCalls();
 }
 
-void Traffic::arrive(Guest& guest, size_t requests)
+void Traffic::arrive(Guest& guest, int most)
 {
-    if (guest.manner == SaysNothing)
-        return;
-    if (guest.manner == Asks) {
-        for (size_t i = 0; i < std::min<size_t>(requests, 20); ++i)
-            guest.messages.push_back(m_requests.any());
-        return;
-    }
-    guest.messages = send(guest.client, requests);
+    const Request scan = scanRequest("");
+    const bool scans = expected(scan.row, m_panel != nullptr) == scan.row.response;
+    if (guest.manner == Asks)
+        guest.requests = m_requests.some(std::min(m_random.between(1, most), 20), scans);
+    else if (guest.manner != SaysNothing)
+        guest.requests = send(guest.client, 1, most, scans);
     if (guest.manner == Leaves)
         guest.client.disconnect();
     else if (guest.manner == HalfCloses)
@@ -82,25 +151,24 @@ void Traffic::arrive(Guest& guest, size_t requests)
         guest.client.sendBytes("");
 }
 
-std::vector<std::string> Traffic::send(Client& client, size_t count, bool commands)
+std::vector<Request> Traffic::send(Client& client, int fewest, int most, bool scans)
 {
-    std::vector<std::string> messages;
-    for (size_t bytes = 0; messages.size() < count && bytes < mostBytes;) {
-        messages.push_back(commands ? m_requests.any() : m_requests.anyButCommand());
-        bytes += cost(messages.back());
-        if (!client.sendBytes(messages.back()))
-            wrong(messages.back(), "that it can be sent", "an error");
+    const std::vector<Request> requests = m_requests.some(m_random.between(fewest, most), scans);
+    for (const Request& request : requests) {
+        if (!client.sendBytes(request.message))
+            m_report.complain(request.message, "that it can be sent", "an error");
     }
-    return messages;
+    return requests;
 }
 
 void Traffic::serve(Guest& guest)
 {
+    const std::vector<Request>& requests = guest.requests;
     switch (guest.manner) {
     case Asks:
-        for (const std::string& message : guest.messages) {
-            guest.client.sendBytes(message);
-            checkAnswer(guest.client, message, Clock::now());
+        for (const Request& request : requests) {
+            guest.client.sendBytes(request.message);
+            checkAnswer(request, receive(guest.client));
         }
         break;
     case SaysNothing:
@@ -108,119 +176,123 @@ void Traffic::serve(Guest& guest)
         break;
     case Leaves:
     case LeavesLate: {
-        // What it has sent is carried out all the same.
-        size_t read = guest.manner == Leaves ? 0 : m_random.below(guest.messages.size());
-        for (const std::string& message : guest.messages) {
-            if (read > 0) {
-                checkAnswer(guest.client, message, guest.sent);
-                --read;
-            } else {
-                guest.client.disconnect();
-                m_model.answered(m_model.expect(message));
-                ++m_report.requests;
-            }
-        }
+        const size_t read = guest.manner == Leaves ? 0 : m_random.below(requests.size());
+        for (size_t i = 0; i < read; ++i)
+            checkAnswer(requests[i], receive(guest.client));
+        guest.client.disconnect();
+        // The rest is carried out all the same.
+        for (size_t i = read; i < requests.size(); ++i)
+            carriedOut(requests[i].row);
         break;
     }
     default:
-        checkAnswers(guest.client, guest.messages, guest.sent);
+        checkAnswers(guest.client, requests);
     }
     if (guest.manner != SendsEmpty)
         guest.client.disconnect();
 }
 
-void Traffic::request(const std::string& text)
+void Traffic::allRows()
 {
     Client client(serverSocket);
-    client.send(text);
-    checkAnswer(client, text + '\0', Clock::now());
-}
-
-void Traffic::largestRequests()
-{
-    Client client(serverSocket);
-    for (const std::string& message : m_requests.largest()) {
-        client.sendBytes(message);
-        checkAnswer(client, message, Clock::now());
+    for (const Request& request : m_requests.allRows()) {
+        client.sendBytes(request.message);
+        checkAnswer(request, receive(client));
     }
+    checkCalls();
 }
 
-void Traffic::settle()
+std::string Traffic::expected(const CommandRow& row, bool isUp) const
 {
-    if (m_model.mayWait() && m_model.canCommand())
-        request("serviceCommand;wifi;status;settle");
+    if (row.calls.empty())
+        return row.response;
+    if (!m_adopted || (row.isPlugin() && m_adopted->count("/HWPlugin/2") != 0))
+        return row.responseTo(Obstacle::NotFound);
+    if (m_adopted->count(pathOf(row)) != 0)
+        return row.responseTo(Obstacle::Lacking);
+    if (!isUp || m_missing.count(pathOf(row)) != 0)
+        return row.responseTo(Obstacle::Failing);
+    return row.response;
 }
 
-void Traffic::checkAnswers(Client& client, const std::vector<std::string>& messages,
-                           Clock::time_point sent, Meanwhile meanwhile)
-{
-    for (const std::string& message : messages)
-        checkAnswer(client, message, sent, meanwhile);
-}
-
-void Traffic::checkAnswer(Client& client, const std::string& message, Clock::time_point sent,
-                          Meanwhile meanwhile)
-{
-    checkText(message, receive(client), sent, meanwhile);
-}
-
-void Traffic::checkText(const std::string& message, const std::string& answer,
-                        Clock::time_point sent, Meanwhile meanwhile)
+void Traffic::carriedOut(const CommandRow& row)
 {
     ++m_report.requests;
-    Expected expected = m_model.expect(message);
-    if (meanwhile == Meanwhile::PanelMayAppear && !m_panel.isUp() &&
-        !fits(expected, answer, sent)) {
-        m_panel.appeared();
-        expected = m_model.expect(message);
-    }
-    if (fits(expected, answer, sent)) {
-        m_model.answered(expected);
+    if (row.calls.empty() || !m_panel || !m_adopted || m_adopted->count(pathOf(row)) != 0)
         return;
-    }
-    const auto& ifGone = expected.ifGone;
-    if (meanwhile == Meanwhile::PanelMayGo &&
-        std::find(ifGone.begin(), ifGone.end(), answer) != ifGone.end()) {
-        m_panel.gone();
-        return;
-    }
-    wrong(message, expected.text(), answer);
+    // When the first call fails, the next is not made.
+    const bool fails = m_missing.count(pathOf(row)) != 0;
+    m_calls.insert(m_calls.end(), row.calls.begin(),
+                   fails ? row.calls.begin() + 1 : row.calls.end());
 }
 
-bool Traffic::fits(const Expected& expected, const std::string& answer,
-                   Clock::time_point sent) const
+void Traffic::checkAnswers(Client& client, const std::vector<Request>& requests,
+                           Meanwhile meanwhile)
 {
-    if (!expected.counterBase)
-        return std::find(expected.right.begin(), expected.right.end(), answer) !=
-               expected.right.end();
-    const int seconds = answer.rfind("0 ", 0) == 0 ? atoi(answer.c_str() + 2) : -1;
-    return answer == "0 " + std::to_string(seconds) &&
-           m_panel.isPossible(seconds, *expected.counterBase, sent);
+    const bool mayChange = meanwhile != Meanwhile::Nothing;
+    const bool wasUp = mayChange ? meanwhile == Meanwhile::PanelMayGo : m_panel != nullptr;
+    bool isUp = wasUp;
+    for (const Request& request : requests) {
+        const CommandRow& row = request.row;
+        const std::string answer = receive(client);
+        std::string right = expected(row, isUp);
+        if (mayChange && isUp == wasUp && answer != right) { // it has changed by now
+            isUp = !wasUp;
+            // It may have gone between the two calls of a guarded write.
+            const bool isHalf = wasUp && row.isGuarded() && answer == "0 0";
+            right = isHalf ? answer : expected(row, isUp);
+        }
+        checkAnswer(request, answer, right);
+    }
+    if (mayChange)
+        forgetCalls();
+}
+
+void Traffic::checkAnswer(const Request& request, const std::string& answer)
+{
+    checkAnswer(request, answer, expected(request.row, m_panel != nullptr));
+}
+
+void Traffic::checkAnswer(const Request& request, const std::string& answer,
+                          const std::string& right)
+{
+    carriedOut(request.row);
+    if (answer != right)
+        m_report.complain(request.message, right, answer);
+}
+
+void Traffic::checkCalls()
+{
+    const auto calls = m_panel ? m_panel->takeCalls() : std::vector<std::string>();
+    const auto differ = std::mismatch(calls.begin(), calls.end(), m_calls.begin(), m_calls.end());
+    if (differ.first != calls.end() || differ.second != m_calls.end())
+        m_report.complain("(a call of the panel)",
+                          differ.second == m_calls.end() ? "none" : *differ.second,
+                          differ.first == calls.end() ? "none" : *differ.first);
+    m_calls.clear();
+}
+
+void Traffic::forgetCalls()
+{
+    if (m_panel)
+        m_panel->takeCalls();
+    m_calls.clear();
 }
 
 std::string Traffic::receive(Client& client, std::chrono::milliseconds bound)
 {
-    const auto deadline = Clock::now() + bound;
-    do {
+    std::optional<std::string> answer;
+    const auto answeredOrEnded = [&] {
         // Read on, or the service waits for room in the pipe of its log.
-        m_server.process().output();
-        m_server.process().errors();
-        if (const auto answer = client.receiveBytes(100ms)) {
-            if (answer->empty() && waitUntil([&] { return !m_server.process().running(); }, 1s))
-                break;
-            if (answer->empty() || answer->find('\0') != answer->size() - 1)
-                return "(not one text: " + *answer + ")";
-            return answer->substr(0, answer->size() - 1);
-        }
-    } while (m_server.process().running() && Clock::now() < deadline);
-    if (!m_server.process().running())
-        throw std::runtime_error("the service has ended by itself, saying " +
-                                 m_server.process().errors());
-    return "(no answer)";
-}
-
-void Traffic::wrong(const std::string& message, const std::string& expected, const std::string& got)
-{
-    m_outOfStep = true;
-    m_report.complain(message, "  expected: " + expected + "\n  got:      " + got);
+        service().output();
+        service().errors();
+        answer = client.receiveBytes(100ms);
+        return answer || !service().running();
+    };
+    waitUntil(answeredOrEnded, bound);
+    if (answer && !answer->empty() && answer->find('\0') == answer->size() - 1)
+        return answer->substr(0, answer->size() - 1);
+    if (waitUntil([&] { return !service().running(); }, 1s))
+        throw std::runtime_error("the service has ended by itself, saying " + service().errors());
+    return answer ? "(not one text: " + *answer + ")" : "(no answer)";
 }

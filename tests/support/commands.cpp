@@ -5,6 +5,19 @@ std::string CommandRow::errorLine(int status) const
     return "OVIK_SERVER: " + logName + " error " + std::to_string(status) + "\n";
 }
 
+std::string CommandRow::responseTo(Obstacle obstacle) const
+{
+    if (obstacle == Obstacle::NotFound)
+        return isPlugin() ? "-10" : "-1";
+    if (!isPlugin())
+        return obstacle == Obstacle::Lacking ? "-1" : "-4";
+    if (isGuarded())
+        return "-12";
+    if (member == "Sensors.readIo")
+        return "0 -48";
+    return obstacle == Obstacle::Lacking ? "0 -1" : "0 0";
+}
+
 void PrintTo(const CommandRow& row, std::ostream* out) { *out << row.word; }
 
 const std::vector<CommandRow>& commandRows()

@@ -4,6 +4,13 @@
 
 #include <ostream>
 
+/// What keeps a command from reaching the platform.
+enum class Obstacle {
+    NotFound, ///< the service has not found the platform yet
+    Lacking,  ///< the command's object was missing when the service found the platform
+    Failing   ///< the call fails: the platform has gone, or the object
+};
+
 /// One command of the protocol, with an example of its use.
 struct CommandRow {
     const char* word;
@@ -22,6 +29,9 @@ struct CommandRow {
     }
     /// A write to a plug-in point, which asks for the point's mode first.
     bool isGuarded() const { return calls.size() == 2; }
+    /// The response when the platform cannot be reached: a plug-in command takes a failed call for
+    /// the platform's answer 0, and a guarded write is then not made.
+    std::string responseTo(Obstacle obstacle) const;
     /// The server's log line of a failure.
     std::string errorLine(int status) const;
 };

@@ -251,10 +251,12 @@ FakePlatform::~FakePlatform()
 void FakePlatform::run()
 {
     while (!m_stop) {
-        while (sd_bus_process(m_bus, nullptr) > 0) {
+        while (!m_isFrozen && sd_bus_process(m_bus, nullptr) > 0) {
         }
         pollfd events[] = {{sd_bus_get_fd(m_bus), POLLIN, 0}, {m_wakeup, POLLIN, 0}};
         events[0].events = static_cast<short>(sd_bus_get_events(m_bus));
+        if (m_isFrozen)
+            events[0].fd = -1; // poll() ignores it
         poll(events, 2, -1);
         uint64_t ignored;
         (void)!read(m_wakeup, &ignored, sizeof ignored);
@@ -400,4 +402,14 @@ void FakePlatform::ownName()
 void FakePlatform::releaseName()
 {
     onThread([this] { check(sd_bus_release_name(m_bus, serviceName), "release name"); });
+}
+
+void FakePlatform::freeze()
+{
+    onThread([this] { m_isFrozen = true; });
+}
+
+void FakePlatform::resume()
+{
+    onThread([this] { m_isFrozen = false; });
 }

@@ -81,6 +81,10 @@ public:
     void ownName();
     void releaseName();
 
+    /// Stops reading the bus, so that calls wait for resume().
+    void freeze();
+    void resume();
+
 private:
     static int onMessage(sd_bus_message* message, void* self, sd_bus_error* error);
     int handle(sd_bus_message* message);
@@ -92,6 +96,7 @@ private:
     sd_bus* m_bus = nullptr;
     int m_wakeup = -1;
     std::atomic<bool> m_stop{false};
+    bool m_isFrozen = false; ///< read and written on the thread
     std::atomic<int> m_introspections{0};
     std::mutex m_mutex;
     std::map<std::string, Reply> m_answers;
