@@ -22,6 +22,7 @@
 #include <QDBusMetaType>
 #include <QPointer>
 
+#include <csignal>
 #include <cstring>
 #include <iterator>
 #include <thread>
@@ -115,7 +116,11 @@ TEST_F(DbusBackend, InitOfAValidBackendDoesNotTouchTheBus)
     IBuzzerProxy* const buzzer = adopted.backend.buzzerProxy();
     const int introspections = adopted.platform->introspections();
     takeDiagnostics();
+    theBus().signal(SIGSTOP); // a call would time out
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(adopted.backend.init());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, patienceFactor * 4s);
+    theBus().signal(SIGCONT);
     EXPECT_EQ(adopted.platform->introspections(), introspections);
     EXPECT_EQ(adopted.backend.buzzerProxy(), buzzer);
     EXPECT_EQ(takeDiagnostics(), Texts());
@@ -180,6 +185,23 @@ const std::vector<Facility> facilities = {
     {"/ServiceManager", "m_serviceManager not valid\n",
      [](auto& b) { return b.serviceManagerProxy(); }},
 };
+
+TEST_F(DbusBackend, ShutdownDeletesTheProxiesInAFixedOrder)
+{
+    Adopted adopted;
+    Texts deleted;
+    const auto watch = [&](QObject* proxy, const std::string& name) {
+        QObject::connect(proxy, &QObject::destroyed, [&, name] { deleted.push_back(name); });
+    };
+    for (auto* module : adopted.backend.HWPluginInstanceProxy())
+        watch(module, "/HWPlugin/" + std::to_string(module->getSlot()));
+    for (const Facility& facility : facilities)
+        watch(facility.proxy(adopted.backend), facility.path);
+    adopted.backend.shutdown();
+    EXPECT_EQ(deleted, (Texts{"/HWPlugin/0", "/HWPlugin/2", "/", "/MainOSInfo", "/StorageMgr",
+                              "/NetworkManager", "/SysStat", "/I2CSEEPROM", "/SystemInfo",
+                              "/Backlight", "/Buzzer", "/ServiceManager"}));
+}
 
 const std::vector<std::string> noModules = {"/HWPlugin/0",         "/HWPlugin/0/Leds",
                                             "/HWPlugin/0/Sensors", "/HWPlugin/2",
@@ -468,7 +490,10 @@ TEST_F(DbusBackend, ModulesFoundAgainAreListedBehindTheEarlierOnes)
 {
     Adopted adopted({"/SysStat"});
     const auto first = adopted.backend.HWPluginInstanceProxy();
+    takeDiagnostics();
     EXPECT_TRUE(adopted.backend.init());
+    EXPECT_EQ(takeDiagnostics(), (Texts{"dbus-debug retrying after name qt_default_system_bus",
+                                        "dbus-debug connection success"}));
     adopted.backend.releaseReplaced();
     const auto both = adopted.backend.HWPluginInstanceProxy();
     ASSERT_EQ(both.size(), 4);
@@ -653,9 +678,17 @@ TEST_F(DbusBackend, ResultsGoToTheLatestCommandsCallbackOnly)
     EXPECT_EQ(secondResults, (std::vector<Texts>{{"wifi", "scan", "1"}, {"ntp", "sync", "\xfc?"}}));
     EXPECT_TRUE(firstResults.empty());
 
+    // A command that fails replaces the callback as well.
+    platform.answer("ServiceManager.command", replyError("com.wenu.OVIK.Failed"));
+    EXPECT_EQ(services.command("wifi", "scan", "{}", pointer(first), answer), -4);
+    services.onCommandResult("wifi", "scan", "2");
+    EXPECT_EQ(firstResults, std::vector<Texts>{(Texts{"wifi", "scan", "2"})});
+    platform.answer("ServiceManager.command", replyWith("i", 4));
+
     // A null callback is one, too: results have nowhere to go again.
     EXPECT_EQ(services.command("ntp", "sync", "{}", nullptr, answer), 0);
     services.onCommandResult("ntp", "sync", "x");
+    EXPECT_EQ(firstResults.size(), 1u);
     EXPECT_EQ(secondResults.size(), 2u);
 }
 
