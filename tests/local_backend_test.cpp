@@ -23,6 +23,7 @@
 #include <QPointer>
 
 #include <cstring>
+#include <dlfcn.h>
 
 namespace
 {
@@ -63,6 +64,8 @@ TEST_F(LocalBackend, AWholeLibraryIsValidAndASecondInitCreatesNothing)
     EXPECT_TRUE(backend.isValid());
     EXPECT_EQ(takeDiagnostics(), Texts{"Local interface loaded"});
     EXPECT_EQ(takeWarnings(), Texts());
+    EXPECT_NE(dlsym(RTLD_DEFAULT, "OvikPluginFactory_getInstance"), nullptr)
+        << "libraries loaded later can use its symbols";
 
     IBuzzerProxy* const buzzer = backend.buzzerProxy();
     EXPECT_TRUE(backend.init());
