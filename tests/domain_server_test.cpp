@@ -7,11 +7,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace
@@ -99,6 +105,18 @@ TEST_F(SocketServer, WithoutAClientAPollStepReturnsAtOnceAndSaysNothing)
     testing::internal::CaptureStderr();
     EXPECT_FALSE(server.process());
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(SocketServer, TheListeningSocketDoesNotBlock)
+{
+    const int next = open("/dev/null", O_RDONLY);
+    close(next);
+    ASSERT_TRUE(server.start(path.c_str()));
+    int listens = 0;
+    socklen_t size = sizeof listens;
+    ASSERT_EQ(getsockopt(next, SOL_SOCKET, SO_ACCEPTCONN, &listens, &size), 0);
+    EXPECT_TRUE(listens);
+    EXPECT_TRUE(fcntl(next, F_GETFL) & O_NONBLOCK);
 }
 
 TEST_F(SocketServer, AClientThatSaysNothingDoesNotBlock)
@@ -328,17 +346,46 @@ TEST_F(SocketServer, AStartThatFailedMayBeTriedAgain)
     EXPECT_TRUE(serve(server));
 }
 
-TEST_F(SocketServer, RunningOutOfDescriptorsAtTheStartIsReported)
+/// Makes a system call fail in this thread from now on; false where that is not possible, as under
+/// an emulator.
+bool refuse(unsigned int systemCall)
 {
-    rlimit old;
-    getrlimit(RLIMIT_NOFILE, &old);
-    const rlimit none = {0, old.rlim_max};
-    testing::internal::CaptureStderr();
-    setrlimit(RLIMIT_NOFILE, &none);
-    EXPECT_FALSE(server.start(path.c_str()));
-    setrlimit(RLIMIT_NOFILE, &old);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "OVIK_SERVER: socket: Too many open files\n");
-    EXPECT_FALSE(server.process());
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, systemCall, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EMFILE),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {std::size(filter), filter};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+#ifdef SYS_fcntl64
+constexpr unsigned int fcntlCall = SYS_fcntl64;
+#else
+constexpr unsigned int fcntlCall = SYS_fcntl;
+#endif
+
+TEST_F(SocketServer, EveryStepOfTheStartThatFailsIsReported)
+{
+    const std::pair<unsigned int, std::string> steps[] = {
+        {SYS_socket, "socket"}, {fcntlCall, "set non block"}, {SYS_listen, "listen"}};
+    for (const auto& [systemCall, step] : steps) {
+        const int before = openDescriptors();
+        bool isRefused = false;
+        testing::internal::CaptureStderr();
+        std::thread([&, call = systemCall] {
+            isRefused = refuse(call);
+            EXPECT_FALSE(isRefused && server.start(path.c_str()));
+        }).join();
+        const std::string errors = testing::internal::GetCapturedStderr();
+        if (!isRefused)
+            GTEST_SKIP() << "no system call can be refused here";
+        EXPECT_EQ(errors, "OVIK_SERVER: " + step + ": Too many open files\n");
+        EXPECT_FALSE(server.process());
+        EXPECT_EQ(openDescriptors(), before);
+    }
 }
 
 TEST_F(SocketServer, TheSocketFileGoesWithTheServer)
