@@ -2,6 +2,7 @@
 
 #include "wrapper_ovik/ovik_c.h"
 
+#include "tests/support/footprint.h"
 #include "tests/support/private_bus.h"
 
 #include <gtest/gtest.h>
@@ -38,9 +39,12 @@ TEST(Bridge, AnApplicationThatComesLateIsWaitedForAgain)
     ASSERT_EQ(bind(mute, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     ASSERT_EQ(listen(mute, 5), 0);
 
+    const auto sleeps = [] { return statusField(getpid(), "voluntary_ctxt_switches"); };
+    const long before = sleeps();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(ovik_init(2), -3);
     EXPECT_GE(std::chrono::steady_clock::now() - start, 10s);
+    EXPECT_LT(sleeps() - before, 1500) << "1000 sleeps, however late they end";
     int value = 0;
     EXPECT_EQ(ovik_getBuzzerMode(&value), -3);
     EXPECT_EQ(ovik_shutdown(), -5);

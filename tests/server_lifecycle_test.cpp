@@ -324,10 +324,14 @@ TEST(Times, WithoutAClientTheLoopWakesEveryTenMilliseconds)
     const auto wakeups = [&] {
         return statusField(server.process().pid(), "voluntary_ctxt_switches");
     };
-    const long before = wakeups();
-    const auto start = Clock::now();
-    ASSERT_TRUE(waitUntil([&] { return wakeups() >= before + 50; }));
-    EXPECT_GE(millisecondsSince(start), 450); // a few are not those of the loop
-    EXPECT_LT(millisecondsSince(start), 2500);
+    double best = 1e9;
+    for (int round = 0; round < 20 && best > 750; ++round) {
+        const long before = wakeups();
+        const auto start = Clock::now();
+        ASSERT_TRUE(waitUntil([&] { return wakeups() >= before + 50; }));
+        best = std::min(best, millisecondsSince(start));
+        ASSERT_GE(best, 450); // a few are not those of the loop
+    }
+    EXPECT_LE(best, 750);
 }
 } // namespace
