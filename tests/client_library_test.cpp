@@ -440,6 +440,22 @@ TEST(ClientRequest, AnAnswerThatComesLateIsNeverTheNextOnes)
     expectEnded(client.client);
 }
 
+TEST(ClientRequest, AnAnswerIsReadWhateverErrnoWasBefore)
+{
+    std::promise<void> answered;
+    ScriptedPeer peer([&](ScriptedPeer& self) {
+        self.accept();
+        self.answer("0 early"); // so that the first receive gets it
+        answered.set_value();
+        self.receive();
+    });
+    Client client(peer.path());
+    answered.get_future().wait();
+    errno = ECONNRESET;
+    EXPECT_EQ(client.request("a"), OVIK_CLIENT_OK);
+    EXPECT_STREQ(client.answer.text, "early");
+}
+
 TEST(ClientRequest, AServiceThatClosesIsTold)
 {
     signal(SIGPIPE, SIG_DFL); // whatever this program was started with

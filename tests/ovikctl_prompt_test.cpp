@@ -463,6 +463,7 @@ TEST_F(AtATerminal, ARequestIsShownWithoutItsSecrets)
 {
     const std::vector<std::pair<Words, std::string>> table = {
         {{"raw", "setInterfaceConfigJson;eth0;a;s3cret"}, "setInterfaceConfigJson;eth0;... -> 0"},
+        {{"raw", "setInterfaceConfigJson;;s3cret"}, "setInterfaceConfigJson;;... -> "},
         {{"raw", "serviceCommand;wifi;connect;s3cret"}, "serviceCommand;wifi;connect;... -> 0 4"},
         {{"raw", "setInterfaceConfigJsn;eth0;s3cret"}, "setInterfaceConfigJsn;... -> -8"},
         {{"raw", "setVolatileParameter;k;v"}, "setVolatileParameter;k;v -> 0"},
