@@ -125,7 +125,8 @@ template <class Proxy>
 void OVIKInterfaceDbus::create(std::unique_ptr<Proxy>& member, const char* warning,
                                const PlatformIntrospection& known)
 {
-    m_keeper.keep(member);
+    if (member)
+        member.release()->deleteLater();
     member = std::make_unique<Proxy>(*m_connection, known);
     if (!member->hasClient()) {
         qWarning("%s", warning);
@@ -169,7 +170,6 @@ void OVIKInterfaceDbus::findPlugins(const PlatformIntrospection& known)
 
 bool OVIKInterfaceDbus::shutdown()
 {
-    releaseReplaced();
     qDeleteAll(m_HWPluginInstances);
     m_HWPluginInstances.clear();
     m_ovikProxy.reset();
@@ -193,8 +193,6 @@ bool OVIKInterfaceDbus::isValid() const
            m_ovikProxy && m_mainOs && m_storageManager && m_sysStat && m_networkManager &&
            m_serviceManager;
 }
-
-void OVIKInterfaceDbus::releaseReplaced() { m_keeper.release(); }
 
 ISystemInfoProxy* OVIKInterfaceDbus::systemInfoProxy() { return m_systemInfo.get(); }
 IBuzzerProxy* OVIKInterfaceDbus::buzzerProxy() { return m_buzzer.get(); }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "IProxy/IOvikInterface.h"
-#include "IProxy/ProxyKeeper.h"
 
 #include <QDBusConnection>
 #include <QVector>
@@ -51,16 +50,13 @@ public:
      * connection of its own, because the shared one, once failed, stays failed for the life of the
      * process.
      *
-     * Also replaces the proxies of an earlier call that found facilities missing. Those stay alive
-     * until releaseReplaced(), as somebody may still hold their pointers. A failing call replaces
-     * none.
+     * Also replaces the proxies of an earlier call that found facilities missing. A replaced proxy
+     * lives until the event loop's next turn, as the caller may still use its pointer. A failing
+     * call replaces none.
      */
     bool init() override;
     bool shutdown() override;
     bool isValid() const override;
-
-    /// Deletes the proxies that init() has replaced; for when nobody holds a pointer to them.
-    void releaseReplaced();
 
     ISystemInfoProxy* systemInfoProxy() override;
     IBuzzerProxy* buzzerProxy() override;
@@ -96,5 +92,4 @@ private:
     std::unique_ptr<SysStatProxyDbus> m_sysStat;
     std::unique_ptr<NetworkManagerProxyDbus> m_networkManager;
     std::unique_ptr<ServiceManagerProxyDbus> m_serviceManager;
-    ProxyKeeper m_keeper;
 };

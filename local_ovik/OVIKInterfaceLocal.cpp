@@ -13,6 +13,23 @@
 
 #include <dlfcn.h>
 
+namespace
+{
+/// Puts a new proxy into @p member, or null with @p warning if the library lacks its object.
+template <class Proxy>
+void create(std::unique_ptr<Proxy>& member, const char* warning,
+            OvikPluginFactory_getInstance_function factory)
+{
+    if (member)
+        member.release()->deleteLater();
+    member = std::make_unique<Proxy>(factory);
+    if (!member->isValid()) {
+        qWarning("%s", warning);
+        member.reset();
+    }
+}
+} // namespace
+
 OVIKInterfaceLocal::OVIKInterfaceLocal() = default;
 
 OVIKInterfaceLocal::~OVIKInterfaceLocal() { OVIKInterfaceLocal::shutdown(); }
@@ -26,16 +43,16 @@ bool OVIKInterfaceLocal::init()
     if (!factory)
         return false;
 
-    m_keeper.create(m_buzzer, "m_buzzer not valid\n", factory);
-    m_keeper.create(m_backlight, "m_backlight not valid\n", factory);
-    m_keeper.create(m_systemInfo, "m_systemInfo not valid\n", factory);
+    create(m_buzzer, "m_buzzer not valid\n", factory);
+    create(m_backlight, "m_backlight not valid\n", factory);
+    create(m_systemInfo, "m_systemInfo not valid\n", factory);
     // The EEPROM's text names the system information on purpose: log readers know it by that.
-    m_keeper.create(m_seeprom, "m_systemInfo not valid\n", factory);
-    m_keeper.create(m_ovik, "m_ovikProxy not valid\n", factory);
-    m_keeper.create(m_mainOs, "m_mainOs not valid\n", factory);
-    m_keeper.create(m_storageManager, "m_storageManager not valid\n", factory);
-    m_keeper.create(m_sysStat, "m_sysStat not valid\n", factory);
-    m_keeper.create(m_networkManager, "m_networkManager not valid\n", factory);
+    create(m_seeprom, "m_systemInfo not valid\n", factory);
+    create(m_ovik, "m_ovikProxy not valid\n", factory);
+    create(m_mainOs, "m_mainOs not valid\n", factory);
+    create(m_storageManager, "m_storageManager not valid\n", factory);
+    create(m_sysStat, "m_sysStat not valid\n", factory);
+    create(m_networkManager, "m_networkManager not valid\n", factory);
     logOVIK("Local interface loaded");
     return true;
 }
@@ -59,7 +76,6 @@ OvikPluginFactory_getInstance_function OVIKInterfaceLocal::loadFactory()
 
 bool OVIKInterfaceLocal::shutdown()
 {
-    m_keeper.release();
     m_ovik.reset();
     m_mainOs.reset();
     m_storageManager.reset();
@@ -78,8 +94,6 @@ bool OVIKInterfaceLocal::isValid() const
     return m_soHandle && m_systemInfo && m_buzzer && m_backlight && m_seeprom && m_ovik &&
            m_mainOs && m_storageManager && m_sysStat && m_networkManager;
 }
-
-void OVIKInterfaceLocal::releaseReplaced() { m_keeper.release(); }
 
 ISystemInfoProxy* OVIKInterfaceLocal::systemInfoProxy() { return m_systemInfo.get(); }
 IBuzzerProxy* OVIKInterfaceLocal::buzzerProxy() { return m_buzzer.get(); }

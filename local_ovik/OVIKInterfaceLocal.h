@@ -2,7 +2,6 @@
 
 #include "IProxy/IOvikInterface.h"
 #include "IProxy/OVIKPlatformInterface.h"
-#include "IProxy/ProxyKeeper.h"
 
 #include <memory>
 
@@ -39,17 +38,14 @@ public:
      * Loads the library, found on the dynamic linker's search path, and creates the proxies. False
      * when there is no such library or it has no factory.
      *
-     * Also replaces the proxies of an earlier call that found facilities missing. Those stay alive
-     * until releaseReplaced(), as somebody may still hold their pointers; a failing call replaces
-     * none.
+     * Also replaces the proxies of an earlier call that found facilities missing. A replaced proxy
+     * lives until the event loop's next turn, as the caller may still use its pointer. A failing
+     * call replaces none.
      */
     bool init() override;
     /// The library stays loaded for the life of the process.
     bool shutdown() override;
     bool isValid() const override;
-
-    /// Deletes the proxies that init() has replaced; for when nobody holds a pointer to them.
-    void releaseReplaced();
 
 public Q_SLOTS:
     ISystemInfoProxy* systemInfoProxy() override;
@@ -77,5 +73,4 @@ private:
     std::unique_ptr<StorageManagerProxyLocal> m_storageManager;
     std::unique_ptr<SysStatProxyLocal> m_sysStat;
     std::unique_ptr<NetworkManagerProxyLocal> m_networkManager;
-    ProxyKeeper m_keeper;
 };

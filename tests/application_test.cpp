@@ -214,6 +214,7 @@ TEST_F(Application, ASecondAdoptionOfAPartialPanelServesAndDanglesNowhere)
     answerAll(platform);
     for (int i = 1; i <= 3; ++i) {
         ASSERT_EQ(app.setMode(2), 0);
+        settle(); // deletes the replaced proxies
         EXPECT_EQ(buzzer(), 0);
         EXPECT_EQ(services(), 0);
         // The list of modules grows by the two found again.
@@ -455,6 +456,7 @@ TEST_F(Application, ASecondAdoptionOfAPartialLibraryServesAndDanglesNowhere)
     auto missing = std::make_unique<Variable>("OVIK_SIM_MISSING", "SysStat");
     for (int i = 0; i < 3; ++i) {
         ASSERT_EQ(app.setMode(1), 0);
+        settle(); // deletes the replaced proxies
         EXPECT_EQ(buzzer(), 0);
         EXPECT_EQ(app.getAvailableMemory().status, -1);
     }

@@ -451,7 +451,7 @@ TEST_F(DbusBackend, TheServiceItselfOnlyHasToBeOnTheBus)
 
 // --- Starting again with facilities missing ------------------------------------------------------
 
-TEST_F(DbusBackend, ReplacedProxiesLiveUntilTheyAreReleased)
+TEST_F(DbusBackend, AReplacedProxyLivesUntilTheEventLoopsNextTurn)
 {
     Adopted adopted({"/SysStat"});
     adopted.platform->answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
@@ -463,7 +463,7 @@ TEST_F(DbusBackend, ReplacedProxiesLiveUntilTheyAreReleased)
     int mode = 0;
     EXPECT_EQ(old->getBuzzerMode(mode), 0);
     EXPECT_EQ(mode, 2);
-    adopted.backend.releaseReplaced();
+    settle();
     EXPECT_FALSE(watched);
     EXPECT_EQ(adopted.backend.buzzerProxy()->getBuzzerMode(mode), 0);
 }
@@ -494,7 +494,7 @@ TEST_F(DbusBackend, ModulesFoundAgainAreListedBehindTheEarlierOnes)
     EXPECT_TRUE(adopted.backend.init());
     EXPECT_EQ(takeDiagnostics(), (Texts{"dbus-debug retrying after name qt_default_system_bus",
                                         "dbus-debug connection success"}));
-    adopted.backend.releaseReplaced();
+    settle();
     const auto both = adopted.backend.HWPluginInstanceProxy();
     ASSERT_EQ(both.size(), 4);
     EXPECT_EQ(both.mid(0, 2), first);

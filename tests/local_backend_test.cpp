@@ -157,7 +157,7 @@ TEST_F(LocalBackend, AnEmptyLibraryStartsAndWarnsOfEverythingInOrder)
     EXPECT_EQ(takeDiagnostics(), Texts{"Local interface loaded"});
 }
 
-TEST_F(LocalBackend, ARetryReplacesThePartialSetAndReleasesItOnlyWhenTold)
+TEST_F(LocalBackend, AReplacedProxyLivesUntilTheEventLoopsNextTurn)
 {
     OVIKInterfaceLocal backend;
     {
@@ -171,7 +171,7 @@ TEST_F(LocalBackend, ARetryReplacesThePartialSetAndReleasesItOnlyWhenTold)
     const QPointer<QObject> watched(old);
     int brightness = -1;
     EXPECT_EQ(old->getBrightness(brightness), 0);
-    backend.releaseReplaced();
+    settle();
     EXPECT_FALSE(watched);
     EXPECT_EQ(backend.backlightProxy()->getBrightness(brightness), 0);
 }

@@ -95,7 +95,6 @@ void OvikApplication::useLocal()
     // backend stay in use on purpose.
     adopt(m_interfaceLocal);
     m_mode = OVIK_MODE_LOCAL;
-    m_interfaceLocal.releaseReplaced();
 }
 
 void OvikApplication::useDbus()
@@ -104,7 +103,6 @@ void OvikApplication::useDbus()
     m_HWPluginInstances = m_interfaceDbus.HWPluginInstanceProxy();
     m_serviceManager = m_interfaceDbus.serviceManagerProxy();
     m_mode = OVIK_MODE_DBUS;
-    m_interfaceDbus.releaseReplaced();
 }
 
 /// The facilities that every backend has.
