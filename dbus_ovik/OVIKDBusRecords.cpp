@@ -4,141 +4,67 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 namespace
 {
-template <class Byte, int length>
-QByteArray bytes(const Byte (&field)[length])
+template <class Field>
+void transfer(QDBusArgument& argument, const Field& field)
 {
-    return QByteArray(reinterpret_cast<const char*>(field), length);
+    if constexpr (std::is_array_v<Field>)
+        argument << QByteArray(reinterpret_cast<const char*>(field), int{sizeof(field)});
+    else
+        argument << field;
 }
 
-/// A fixed byte field as the target of a read.
-template <class Byte, size_t length>
-struct Field {
-    Byte (&bytes)[length];
-};
-
-template <class Byte, size_t length>
-Field<Byte, length> into(Byte (&bytes)[length])
+template <class Field>
+void transfer(const QDBusArgument& argument, Field& field)
 {
-    return {bytes};
+    if constexpr (std::is_array_v<Field>) {
+        QByteArray received;
+        argument >> received;
+        memset(field, 0, sizeof(field));
+        memcpy(field, received.constData(), std::min(sizeof(field), size_t(received.size())));
+    } else {
+        argument >> field;
+    }
 }
 
-template <class Byte, size_t length>
-const QDBusArgument& operator>>(const QDBusArgument& argument, Field<Byte, length> field)
+/// Writes or reads @p fields: QDBusArgument is const when it is read.
+template <class Argument, class... Fields>
+Argument& transferAll(Argument& argument, Fields&... fields)
 {
-    QByteArray received;
-    argument >> received;
-    memset(field.bytes, 0, length);
-    memcpy(field.bytes, received.constData(), std::min(length, size_t(received.size())));
+    argument.beginStructure();
+    (transfer(argument, fields), ...);
+    argument.endStructure();
     return argument;
 }
 } // namespace
 
-QDBusArgument& operator<<(QDBusArgument& argument, const systemInfo& record)
-{
-    argument.beginStructure();
-    argument << record.day << record.month << record.year << bytes(record.serialNo)
-             << bytes(record.moduleName) << record.hwCode << record.hwSubCode
-             << bytes(record.manufactureCode) << record.hwDispID;
-    argument.endStructure();
-    return argument;
-}
+/// Both directions of a record whose fields, in their order on the wire, are the arguments.
+#define OVIK_DBUS_RECORD(Record, ...)                                                              \
+    QDBusArgument& operator<<(QDBusArgument& argument, const Record& record)                       \
+    {                                                                                              \
+        return transferAll(argument, __VA_ARGS__);                                                 \
+    }                                                                                              \
+    const QDBusArgument& operator>>(const QDBusArgument& argument, Record& record)                 \
+    {                                                                                              \
+        return transferAll(argument, __VA_ARGS__);                                                 \
+    }
 
-const QDBusArgument& operator>>(const QDBusArgument& argument, systemInfo& record)
-{
-    argument.beginStructure();
-    argument >> record.day >> record.month >> record.year >> into(record.serialNo) >>
-        into(record.moduleName) >> record.hwCode >> record.hwSubCode >>
-        into(record.manufactureCode) >> record.hwDispID;
-    argument.endStructure();
-    return argument;
-}
+OVIK_DBUS_RECORD(systemInfo, record.day, record.month, record.year, record.serialNo,
+                 record.moduleName, record.hwCode, record.hwSubCode, record.manufactureCode,
+                 record.hwDispID)
 
-QDBusArgument& operator<<(QDBusArgument& argument, const bootldrInfo& record)
-{
-    argument.beginStructure();
-    argument << record.type << record.day << record.month << record.year << bytes(record.version);
-    argument.endStructure();
-    return argument;
-}
+OVIK_DBUS_RECORD(bootldrInfo, record.type, record.day, record.month, record.year, record.version)
 
-const QDBusArgument& operator>>(const QDBusArgument& argument, bootldrInfo& record)
-{
-    argument.beginStructure();
-    argument >> record.type >> record.day >> record.month >> record.year >> into(record.version);
-    argument.endStructure();
-    return argument;
-}
+OVIK_DBUS_RECORD(ovikStorageInfo, record.mountPoint, record.deviceType, record.totalSpace,
+                 record.freeSpace, record.accessFlag)
 
-QDBusArgument& operator<<(QDBusArgument& argument, const ovikStorageInfo& record)
-{
-    argument.beginStructure();
-    argument << bytes(record.mountPoint) << record.deviceType << record.totalSpace
-             << record.freeSpace << record.accessFlag;
-    argument.endStructure();
-    return argument;
-}
+OVIK_DBUS_RECORD(timeZoneInfo, record.stdMonth, record.stdWeek, record.stdDay, record.stdHour,
+                 record.stdMinute, record.stdOffset, record.dlsMonth, record.dlsWeek, record.dlsDay,
+                 record.dlsHour, record.dlsMinute, record.dlsOffset, record.mode)
 
-const QDBusArgument& operator>>(const QDBusArgument& argument, ovikStorageInfo& record)
-{
-    argument.beginStructure();
-    argument >> into(record.mountPoint) >> record.deviceType >> record.totalSpace >>
-        record.freeSpace >> record.accessFlag;
-    argument.endStructure();
-    return argument;
-}
+OVIK_DBUS_RECORD(accelerometerAxisData, record.accel_x, record.accel_y, record.accel_z)
 
-QDBusArgument& operator<<(QDBusArgument& argument, const timeZoneInfo& record)
-{
-    argument.beginStructure();
-    argument << record.stdMonth << record.stdWeek << record.stdDay << record.stdHour
-             << record.stdMinute << record.stdOffset << record.dlsMonth << record.dlsWeek
-             << record.dlsDay << record.dlsHour << record.dlsMinute << record.dlsOffset
-             << record.mode;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, timeZoneInfo& record)
-{
-    argument.beginStructure();
-    argument >> record.stdMonth >> record.stdWeek >> record.stdDay >> record.stdHour >>
-        record.stdMinute >> record.stdOffset >> record.dlsMonth >> record.dlsWeek >>
-        record.dlsDay >> record.dlsHour >> record.dlsMinute >> record.dlsOffset >> record.mode;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const accelerometerAxisData& record)
-{
-    argument.beginStructure();
-    argument << record.accel_x << record.accel_y << record.accel_z;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, accelerometerAxisData& record)
-{
-    argument.beginStructure();
-    argument >> record.accel_x >> record.accel_y >> record.accel_z;
-    argument.endStructure();
-    return argument;
-}
-
-QDBusArgument& operator<<(QDBusArgument& argument, const accelerometerAngleData& record)
-{
-    argument.beginStructure();
-    argument << record.angle_xy << record.angle_xz << record.angle_yz;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, accelerometerAngleData& record)
-{
-    argument.beginStructure();
-    argument >> record.angle_xy >> record.angle_xz >> record.angle_yz;
-    argument.endStructure();
-    return argument;
-}
+OVIK_DBUS_RECORD(accelerometerAngleData, record.angle_xy, record.angle_xz, record.angle_yz)
