@@ -5,7 +5,7 @@ set(OVIK_DBUS_INTERFACE_DIR ${PROJECT_SOURCE_DIR}/dbus_ovik/interfaces)
 
 # ovik_dbus_clients(SOURCES_VAR): generates a client class for every interface. It is named
 # ComWenuOVIK + the interface's last name component + Interface, but for these:
-set(OVIK_DBUS_CLIENT_com.wenu.OVIK ComWenuOVIKGeneratedInterface) # extended in OVIKDBusProxy.h
+set(OVIK_DBUS_CLIENT_com.wenu.OVIK ComWenuOVIKGeneratedInterface) # extended in ComWenuOVIKInterface.h
 set(OVIK_DBUS_CLIENT_com.wenu.OVIK.Leds ComWenuOVIKPlatformLedsInterface)
 set(OVIK_DBUS_CLIENT_com.wenu.OVIK.Sensors ComWenuOVIKPlatformSensorsInterface)
 

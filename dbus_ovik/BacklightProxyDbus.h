@@ -3,6 +3,8 @@
 #include "IProxy/IBacklightProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKBacklightInterface.h"
+
 class BacklightProxyDbus : public DbusProxy<IBacklightProxy, ComWenuOVIKBacklightInterface>
 {
     Q_OBJECT

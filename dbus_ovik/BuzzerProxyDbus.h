@@ -3,6 +3,8 @@
 #include "IProxy/IBuzzerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKBuzzerInterface.h"
+
 class BuzzerProxyDbus : public DbusProxy<IBuzzerProxy, ComWenuOVIKBuzzerInterface>
 {
     Q_OBJECT

@@ -3,6 +3,8 @@
 #include "IProxy/IMainOsProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKPartitionInfoInterface.h"
+
 class MainOsProxyDbus : public DbusProxy<IMainOsProxy, ComWenuOVIKPartitionInfoInterface>
 {
     Q_OBJECT

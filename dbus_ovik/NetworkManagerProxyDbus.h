@@ -3,6 +3,8 @@
 #include "IProxy/INetworkManagerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKNetworkManagerInterface.h"
+
 class NetworkManagerProxyDbus
     : public DbusProxy<INetworkManagerProxy, ComWenuOVIKNetworkManagerInterface>
 {

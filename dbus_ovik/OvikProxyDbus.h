@@ -1,6 +1,7 @@
 #pragma once
 
 #include "IProxy/IOvikProxy.h"
+#include "dbus_ovik/ComWenuOVIKInterface.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
 class OvikProxyDbus : public DbusProxy<IOvikProxy, ComWenuOVIKInterface>

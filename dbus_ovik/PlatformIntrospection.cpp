@@ -1,7 +1,5 @@
 #include "dbus_ovik/PlatformIntrospection.h"
 
-#include "dbus_ovik/OVIKDBusProxy.h"
-
 #include <QDBusError>
 #include <QDBusPendingCall>
 #include <QXmlStreamReader>
@@ -91,4 +89,12 @@ bool PlatformIntrospection::isDenied(const QString& path, const QString& interfa
         return QDBusError(answer).type() == QDBusError::UnknownObject;
     return answer.signature() == QLatin1String("s") &&
            isWithout(interface, answer.arguments().at(0).toString());
+}
+
+bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection& known)
+{
+    if (known.hasAsked(client.path()))
+        return !known.isDenied(client.path(), client.interface());
+    return client.isValid() &&
+           isPresent(client, PlatformIntrospection(client.connection(), {client.path()}));
 }

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <QDBusAbstractInterface>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QHash>
 #include <QStringList>
+
+/// The platform service's name on the system bus.
+inline QString ovikServiceName() { return QStringLiteral("com.wenu.OVIK"); }
 
 /**
  * What the platform's objects answer to Introspect: whether they are present.
@@ -34,3 +38,11 @@ public:
 private:
     QHash<QString, QDBusMessage> m_answers;
 };
+
+/**
+ * True when the client's service does not deny having its object and interface.
+ *
+ * @param known what the platform has answered already. A service whose object is not in there must
+ *              have an owner, and is asked now.
+ */
+bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection& known = {});

@@ -3,20 +3,14 @@
 #include "IProxy/OVIKPlatformInterface.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKPlatformLedsInterface.h"
+
 /// The LEDs of one plug-in module. -1 without an LED object; 0 when the call fails.
-class PluginLedsProxyDbus : public IPluginLeds
+class PluginLedsProxyDbus : public PluginProxy<IPluginLeds, ComWenuOVIKPlatformLedsInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKPlatformLedsInterface;
-
 public:
-    PluginLedsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path,
-                        const PlatformIntrospection& known = {})
-        : IPluginLeds(parent), m_dbusObject(makeClient<Client>(path, *connection, known))
-    {
-    }
-
-    bool isValid() const { return m_dbusObject != nullptr; }
+    using PluginProxy::PluginProxy;
 
 public Q_SLOTS:
     int GetLedMode(uint ledId) const override
@@ -47,7 +41,4 @@ public Q_SLOTS:
     {
         return askValue(m_dbusObject, &Client::SetLedValue, -1, ledId, value);
     }
-
-private:
-    const std::unique_ptr<Client> m_dbusObject;
 };

@@ -3,21 +3,16 @@
 #include "IProxy/OVIKPlatformInterface.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKPlatformSensorsInterface.h"
+
 /// The I/O points of one plug-in module. -1 or no bytes without an I/O object; 0 or no bytes when
 /// the call fails.
-class PluginSensorsProxyDbus : public IPluginSensors
+class PluginSensorsProxyDbus
+    : public PluginProxy<IPluginSensors, ComWenuOVIKPlatformSensorsInterface>
 {
     Q_OBJECT
-    using Client = ComWenuOVIKPlatformSensorsInterface;
-
 public:
-    PluginSensorsProxyDbus(QDBusConnection* connection, QObject* parent, const QString& path,
-                           const PlatformIntrospection& known = {})
-        : IPluginSensors(parent), m_dbusObject(makeClient<Client>(path, *connection, known))
-    {
-    }
-
-    bool isValid() const { return m_dbusObject != nullptr; }
+    using PluginProxy::PluginProxy;
 
 public Q_SLOTS:
     int getIoMode(uint ioId) override
@@ -32,7 +27,4 @@ public Q_SLOTS:
     {
         return askValue(m_dbusObject, &Client::writeIo, -1, ioId, data);
     }
-
-private:
-    const std::unique_ptr<Client> m_dbusObject;
 };

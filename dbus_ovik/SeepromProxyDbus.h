@@ -3,6 +3,8 @@
 #include "IProxy/ISeepromProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKI2CSEEPROMInterface.h"
+
 class SeepromProxyDbus : public DbusProxy<ISeepromProxy, ComWenuOVIKI2CSEEPROMInterface>
 {
     Q_OBJECT

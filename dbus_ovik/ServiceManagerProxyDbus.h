@@ -3,6 +3,8 @@
 #include "IProxy/IServiceManagerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKServiceManagerInterface.h"
+
 class ServiceManagerProxyDbus
     : public DbusProxy<IServiceManagerProxy, ComWenuOVIKServiceManagerInterface>
 {

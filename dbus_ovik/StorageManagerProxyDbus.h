@@ -3,6 +3,8 @@
 #include "IProxy/IStorageManagerProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKStorageMgrInterface.h"
+
 class StorageManagerProxyDbus
     : public DbusProxy<IStorageManagerProxy, ComWenuOVIKStorageMgrInterface>
 {

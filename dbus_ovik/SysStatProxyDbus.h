@@ -3,6 +3,8 @@
 #include "IProxy/ISysStatProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKSysStatInterface.h"
+
 class SysStatProxyDbus : public DbusProxy<ISysStatProxy, ComWenuOVIKSysStatInterface>
 {
     Q_OBJECT

@@ -3,6 +3,8 @@
 #include "IProxy/ISystemInfoProxy.h"
 #include "dbus_ovik/OVIKDBusProxy.h"
 
+#include "ComWenuOVIKSystemInfoInterface.h"
+
 class SystemInfoProxyDbus : public DbusProxy<ISystemInfoProxy, ComWenuOVIKSystemInfoInterface>
 {
     Q_OBJECT

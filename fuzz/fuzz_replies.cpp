@@ -16,6 +16,8 @@
 #include "fuzz/check.h"
 #include "fuzz/platform_bus.h"
 
+#include "ComWenuOVIKTimeMgrInterface.h"
+
 #include <QCoreApplication>
 #include <QDBusMetaType>
 

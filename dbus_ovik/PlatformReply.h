@@ -1,0 +1,73 @@
+#pragma once
+
+#include "IProxy/ovik_status.h"
+
+#include <QDBusConnection>
+#include <QDBusPendingReply>
+#include <QDBusReply>
+
+#include <cstdio>
+#include <memory>
+
+/**
+ * True for a finished reply whose arguments are not of the expected type.
+ *
+ * Qt D-Bus puts an error of its own in place of such a reply. What tells it apart from an error of
+ * the same name that the platform sent is that it has no sender.
+ */
+bool isTypeMismatch(const QDBusPendingCall& finished);
+
+/// Says on standard error, once per connection, that the bus is lost and what to do.
+void warnIfBusLost(const QDBusConnection& connection);
+
+/**
+ * Waits for @p reply and takes its first argument into @p value. A reply of an unexpected type
+ * gives the default value.
+ *
+ * @return false, with @p value untouched and a line on standard output, for an error reply or none.
+ */
+template <class T>
+bool getReplyValue(QDBusPendingReply<T>& reply, T& value)
+{
+    reply.waitForFinished();
+    if (isTypeMismatch(reply)) {
+        value = T();
+        return true;
+    }
+    if (reply.isError()) {
+        puts("getReplyValue: error");
+        return false;
+    }
+    value = qdbus_cast<T>(reply.argumentAt(0));
+    return true;
+}
+
+/// One proxy operation: one call of the platform, its answer into @p resp.
+template <class Client, class Base, class T, class... Params, class... Args>
+status_t ask(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Base::*method)(Params...),
+             T& resp, const Args&... args)
+{
+    if (!client)
+        return OVIK_NO_PLATFORM;
+    QDBusPendingReply<T> reply = (client.get()->*method)(args...);
+    if (getReplyValue(reply, resp))
+        return OVIK_OK;
+    warnIfBusLost(client->connection());
+    return OVIK_REPLY_ERROR;
+}
+
+/**
+ * One plug-in operation: the platform's answer itself, or @p absent when there is no object to
+ * call. A call that fails gives the default value; an error is not told apart.
+ */
+template <class Client, class T, class... Params, class... Args>
+T askValue(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Client::*method)(Params...),
+           T absent, const Args&... args)
+{
+    if (!client)
+        return absent;
+    const QDBusReply<T> reply = (client.get()->*method)(args...);
+    if (!reply.isValid())
+        warnIfBusLost(client->connection());
+    return reply.value();
+}
