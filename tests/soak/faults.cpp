@@ -12,7 +12,7 @@ void pause(Random& random, int longestMs)
     std::this_thread::sleep_for(std::chrono::microseconds(random.between(0, 1000 * longestMs)));
 }
 
-/// Of a panel that lacks some.
+/// Objects that a panel lacks, when it lacks some.
 constexpr int mostMissing = 4;
 
 void panelGone(Traffic& t)

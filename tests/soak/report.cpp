@@ -38,7 +38,10 @@ Footprint typical(std::vector<Footprint> some)
 
 void list(const char* what, const std::map<std::string, long>& counts)
 {
-    std::cout << what << ":\n";
+    long sum = 0;
+    for (const auto& count : counts)
+        sum += count.second;
+    std::cout << what << ": " << sum << '\n';
     for (const auto& count : counts)
         std::cout << "  " << count.first << ": " << count.second << '\n';
 }

@@ -28,7 +28,6 @@ std::string pathOf(const CommandRow& row)
 {
     return row.calls.front().substr(0, row.calls.front().find(' '));
 }
-
 } // namespace
 
 struct Traffic::Guest {
@@ -114,7 +113,7 @@ void Traffic::someClients()
     for (auto& guest : guests) {
         guest = std::make_unique<Guest>();
         int left = m_random.between(1, 100);
-        // The last one's answers tell that everybody's requests have been carried out.
+        // The last client reads its answers; by then all requests have been carried out.
         if (&guest == &guests.back())
             left = std::min(left, manners[0].weight + manners[1].weight);
         const auto* manner = manners;
@@ -130,7 +129,7 @@ void Traffic::someClients()
         const auto more =
             guest->manner == SendsEmpty ? guest->client.receiveBytes(0ms) : std::nullopt;
         if (more && !more->empty()) // its descriptor may be closed by now
-            m_report.complain("(a client that has said goodbye)", "nothing", *more);
+            m_report.complain("(a client that has sent an empty message)", "nothing", *more);
     }
     checkCalls();
 }
