@@ -168,6 +168,19 @@ TEST(FaultBus, ABusThatDiesFailsEveryCommandUntilTheServerIsStartedAgain)
     expectEveryCommandWorks(again);
 }
 
+TEST(FaultBus, ALostBusIsReportedByWhateverRequestMeetsIt)
+{
+    for (const char* request : {"getSysCounter", "seepromRead;0;1", "getHWPluginIoMode;0;1"}) {
+        FaultPanel panel;
+        Client client(serverSocket);
+        panel.bus.stop();
+        EXPECT_TRUE(waitUntil([&] {
+            client.request(request);
+            return panel.server.process().errors().find("bus is lost") != std::string::npos;
+        })) << request;
+    }
+}
+
 TEST(FaultBus, ABusThatDiesInTheMiddleOfACallIsAFailureAtOnce)
 {
     FaultPanel panel;
