@@ -1,8 +1,8 @@
 #!/bin/bash
-# Measures what the service costs in comparison with its alternatives: ./bench.sh [--quick]. It takes
-# about ten minutes, or two with --quick, whose figures only show that everything can be measured.
-# Installs missing packages on Debian. Writes the table and the plots to build-bench/results; without
-# --quick also to docs/performance.md and docs/plots. A missed goal is reported; it is no failure.
+# Measures the costs of the service in comparison with its alternatives: ./bench.sh [--quick]. It takes
+# about ten minutes, or two with --quick, whose figures only show that every measurement runs. Installs
+# missing packages on Debian. Writes the table and the plots to build-bench/results; without --quick also
+# to docs/performance.md and docs/plots. A missed goal is reported; it is no failure.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 . scripts/setup.sh
@@ -14,7 +14,7 @@ plots=$results
 
 ensure_build_packages
 ensure_packages gnuplot-nox systemd
-# On systems without Debian's packages.
+# On systems other than Debian, ensure_packages installs nothing.
 for tool in gnuplot busctl; do
     command -v "$tool" >/dev/null || die "$tool is missing: install it"
 done

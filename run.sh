@@ -1,15 +1,15 @@
 #!/bin/bash
-# Builds the service and the simulated panel, starts both on a bus of their own, sends the service
-# some requests, and ends what it has started. Installs what is missing on Debian.
+# Builds the service and the simulated panel, starts both on a private bus, sends the service some
+# requests, and ends all that it started. Installs missing packages on Debian.
 #
-#   ./run.sh                                  sends scripts/tour.txt; at a terminal, then what is
-#                                             typed, until quit or Ctrl-D
+#   ./run.sh                                  sends scripts/tour.txt; at a terminal, then the lines
+#                                             typed there, until quit or Ctrl-D
 #   ./run.sh 'setBuzzerMode;1' getBuzzerMode  sends these requests instead
 #
-# Exit status 0: each of them was answered with status 0, and the service ended well.
-# OVIK_BUILD_DIR names a build to use as it is; OVIK_SERVER_UNDER is a command, with its options, to
-# run the server under, such as valgrind; OVIK_LOCK_HELD says that the caller holds the lock of
-# take_lock() already.
+# Exit status 0: all requests were answered with status 0, and the service ended without an error.
+# OVIK_BUILD_DIR names a build to use without building. OVIK_SERVER_UNDER is a command, with its
+# options, to run the server under, such as valgrind. OVIK_LOCK_HELD means that the caller holds the
+# lock of take_lock() already.
 set -euo pipefail
 [ -z "${OVIK_BUILD_DIR:-}" ] || OVIK_BUILD_DIR=$(realpath "$OVIK_BUILD_DIR")
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
@@ -27,8 +27,8 @@ locked=''
 
 is_running() { kill -0 "$1" 2>/dev/null; }
 
-# start NAME COMMAND...: starts it, with its output in a file. It ends with this script, even if
-# this is killed, and does not hold the lock.
+# start NAME COMMAND...: starts the command, with its output in a file. The command ends with this
+# script, even if the script is killed, and does not hold the lock.
 start() {
     local name=$1
     shift
@@ -45,9 +45,9 @@ stop() {
     unset "pids[$1]"
 }
 
-# attend COMMAND...: runs it with this script's input. As bash waits for nothing else, a signal to
-# this script is not kept until the command has ended. One that only sets "interrupted" ends no more
-# than the wait.
+# attend COMMAND...: runs the command with this script's input. bash runs a signal's trap at once only
+# during wait; a command in the foreground would delay the trap until its end. When the trap only sets
+# "interrupted", the loop waits again.
 attend() {
     "$@" <&3 &
     pids[attended]=$!
@@ -60,14 +60,14 @@ attend() {
     return "$status"
 }
 
-# give_up NAME MESSAGE: with the end of the program's output.
+# give_up NAME MESSAGE: prints the end of the program's output and fails.
 give_up() {
     say "the last lines from the $1:"
     tail -n 20 "$dir/$1.log" >&2
     die "$2"
 }
 
-# await NAME CONDITION...: until the condition holds; the program may not die meanwhile.
+# await NAME CONDITION...: waits until the condition is true; fails if the program dies meanwhile.
 await() {
     local name=$1 deadline=$((SECONDS + patience))
     shift
@@ -81,12 +81,12 @@ await() {
 clean_up() {
     trap '' INT TERM HUP
     local pid
-    # What the signal came right behind the start of has no name yet.
+    # A signal can arrive after the start of a process and before its id is recorded.
     for pid in $(jobs -p); do
         [[ " ${pids[*]} " == *" $pid "* ]] || { kill "$pid" && wait "$pid"; } 2>/dev/null || true
     done
     stop attended
-    # Only a quit makes the server remove its socket.
+    # Only quit makes the server remove its socket.
     if [ -n "${pids[server]:-}" ]; then
         stop server
         rm -f "$socket"
@@ -97,8 +97,8 @@ clean_up() {
     [ -z "$locked" ] || rm -f "$lock/run.sh.pid"
 }
 
-# Makes the folder if it is missing. Any user could have made it first, or a link in its place that
-# leads to another user's file, so check before anything in it is opened.
+# Creates the folder if it is missing. Any user could have created it first, or a link in its place to
+# another user's file, so check the folder before opening anything in it.
 ensure_lock_folder() {
     local owner mode
     mkdir -m 700 "$lock" 2>/dev/null || true
@@ -109,8 +109,8 @@ ensure_lock_folder() {
     fi
 }
 
-# Only the holder of the lock may run a server. The tests take it as well. run.sh also writes its
-# process id, because a run.sh at a terminal is not worth waiting for.
+# Only the holder of the lock may run a server. The tests take the lock as well. run.sh also writes its
+# process id: a run.sh at a terminal may stay open for hours, so a second run.sh fails instead of waiting.
 take_lock() {
     local holder=''
     [ -z "${OVIK_LOCK_HELD:-}" ] || return 0
@@ -127,10 +127,10 @@ take_lock() {
     echo $$ >"$lock/run.sh.pid"
 }
 
-# answers SECONDS [--platform]: the server does within that time, or the platform through it.
+# answers SECONDS [--platform]: the server, or the platform through it, answers within that time.
 answers() { "$bin/ovikctl" wait --timeout "$@" 2>/dev/null; }
 
-# The server would take the socket away from the one that listens there.
+# A second server would take the socket away from the first.
 refuse_second_server() {
     local status=0
     answers 0.1 || status=$?
@@ -139,7 +139,7 @@ refuse_second_server() {
 }
 
 start_bus() {
-    # An address has no blanks.
+    # A bus address cannot contain blanks.
     export DBUS_SYSTEM_BUS_ADDRESS=unix:path=${dir// /%20}/bus
     cat >"$dir/bus.conf" <<END
 <busconfig>
@@ -163,7 +163,7 @@ start_all() {
     start_bus
     start panel "$bin/ovik_panel_sim"
     await panel grep -q '^ovik_panel_sim: ready' "$dir/panel.log"
-    # shellcheck disable=SC2086 # of several words
+    # shellcheck disable=SC2086 # several words
     start server ${OVIK_SERVER_UNDER:-} "$bin/ovik_server"
     await server answers 1
     await server answers 5 --platform
@@ -196,7 +196,7 @@ send_all() {
 end_server() {
     local status=0 deadline=$((SECONDS + patience))
     say "ending the server with quit"
-    # After a quit among the requests there is nobody left to answer this one.
+    # If the requests included quit, no server is left to answer this one.
     "$bin/ovikctl" --timeout "$patience" raw quit 2>/dev/null || true
     while is_running "${pids[server]}"; do
         [ $SECONDS -le $deadline ] || give_up server "the server does not end"

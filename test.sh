@@ -1,6 +1,6 @@
 #!/bin/bash
-# Builds everything and runs the tests: ./test.sh [PRESET] [CTEST-OPTION...], preset dev if none is
-# named. Installs what is missing on Debian.
+# Builds everything and runs the tests: ./test.sh [PRESET] [CTEST-OPTION...], by default preset dev.
+# Installs missing packages on Debian.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 . scripts/setup.sh

@@ -1,7 +1,7 @@
 #!/bin/bash
-# Fuzzes: scripts/fuzz.sh SECONDS [TARGET...], each target for so long, all of them if none is named.
-# Installs what is missing on Debian. What the fuzzers have learnt stays in build-fuzz/fuzz/ and is
-# where the next run starts. Exit status 1 when something was found.
+# Fuzzes: scripts/fuzz.sh SECONDS [TARGET...], each target for that time, by default all targets.
+# Installs missing packages on Debian. Each target's corpus stays in build-fuzz/fuzz/, and the next run
+# starts from it. Exit status 1 when something was found.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . scripts/setup.sh
@@ -20,13 +20,13 @@ export TMPDIR=$sockets
 export ASAN_OPTIONS=strict_string_checks=1:detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1
 
-# fuzz TARGET: its exit status says whether something was found.
+# fuzz TARGET: fails when something was found.
 fuzz() {
     local target=$1
     local options=(-max_total_time="$seconds" -timeout=25 -rss_limit_mb=2048
         -close_fd_mask=1 -print_final_stats=1 -artifact_prefix="$place/$target/findings/")
     local corpora=("$place/$target/corpus")
-    # Requests are what the first two are fed with, and the longest is longer than the buffer.
+    # The first two read requests, and the longest request exceeds the buffer.
     case $target in
     fuzz_request | fuzz_bridge)
         options+=(-max_len=8192 -dict="$place/requests.dict")
@@ -34,8 +34,8 @@ fuzz() {
         ;;
     *) options+=(-max_len=256 -len_control=0) ;;
     esac
-    # Looking for leaks after each input wants a program that does one thing at a time; the others
-    # are looked through at their end.
+    # A leak check after each input needs a program that does one thing at a time; the others are
+    # checked at their end.
     case $target in
     fuzz_bridge | fuzz_replies) options+=(-detect_leaks=0) ;;
     esac
@@ -43,17 +43,17 @@ fuzz() {
     "build-fuzz/bin/$target" "${options[@]}" "${corpora[@]}" >"$place/$target/log" 2>&1
 }
 
-# last PATTERN TARGET: what the pattern's \(\) matched last in the target's log, or "-".
+# last PATTERN TARGET: the last match of the pattern's \(\) in the target's log, or "-".
 last() {
     local found
     found=$(sed -n "s%.*$1.*%\1%p" "$place/$2/log" | tail -n 1)
     echo "${found:--}"
 }
 
-# is_enough TARGET: ten executions a second are a tenth of what a busy machine does.
+# is_enough TARGET: at least ten executions a second, a tenth of the rate on a busy machine.
 is_enough() { [ "$(last 'number_of_executed_units: \([0-9]*\)' "$1")" -ge $((10 * seconds)) ]; }
 
-# report TARGET STATUS: one line; its exit status says whether all is well.
+# report TARGET STATUS: prints one line; fails when the target has failed or made too few executions.
 report() {
     local target=$1 artifact
     printf '%s: %s executions, %s/s, coverage %s (%s features), corpus %s, ' "$target" \

@@ -1,13 +1,13 @@
 #!/bin/bash
-# Makes the files that come from the sources: from the table of commands the lists in docs/protocol.md,
-# with examples that the service really answered, and in the manual page ovik_protocol(7); from the
-# headers of the contracts tests/golden/contracts.txt. Run it after a change of the table or of a
-# contract, and read the difference.
+# Generates files from the sources. The table of commands gives the lists in docs/protocol.md, with
+# examples that the service really answered, and in the manual page ovik_protocol(7). The headers of the
+# contracts give tests/golden/contracts.txt. Run it after a change of the table or of a contract, and
+# read the difference.
 #
 #   scripts/generate.sh           writes the files that have changed
-#   scripts/generate.sh --check   fails when a file that comes from the table would change
+#   scripts/generate.sh --check   fails when a file generated from the table would change
 #
-# OVIK_BUILD_DIR names a build to use as it is.
+# OVIK_BUILD_DIR names a build to use without building.
 set -euo pipefail
 [ -z "${OVIK_BUILD_DIR:-}" ] || OVIK_BUILD_DIR=$(realpath "$OVIK_BUILD_DIR")
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
@@ -29,7 +29,7 @@ mapfile -t requests < <("$generate" requests)
 ./run.sh "${requests[@]}" >"$made/responses"
 "$generate" files . "$made/files" <"$made/responses"
 
-# The counters count while the examples run.
+# The counters change while the examples run.
 steady() { sed -E 's/(Counter  ->  0 )[0-9]+/\1.../' "$1"; }
 
 status=0

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Makes the Debian packages: scripts/package.sh [PRESET], "package" for this machine if none is named,
-# "package-armhf" for an ARMv7 hard-float panel. They are put into dist/. Installs what is missing on
+# Makes the Debian packages: scripts/package.sh [PRESET], by default "package" for this machine, or
+# "package-armhf" for an ARMv7 hard-float panel. The packages are in dist/. Installs missing packages on
 # Debian.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
@@ -15,8 +15,8 @@ esac
 sysroot=$PWD/build-armhf/sysroot
 archives=build-armhf/apt/cache/archives
 
-# dpkg-shlibdeps asks dpkg which package a library is from. The sysroot is not this machine's, so it
-# is given the records of the packages that the sysroot was unpacked from, with the paths there.
+# dpkg-shlibdeps asks dpkg for the package of a library. The sysroot does not belong to this machine, so
+# this function records the packages that the sysroot was unpacked from, with the paths there.
 record_sysroot() {
     local archive name
     local records=$PWD/$build_dir/dpkg
@@ -51,7 +51,7 @@ say "packaging into dist"
 quietly cpack --config "$build_dir/CPackConfig.cmake" -B "$build_dir/packages" ||
     die "cannot package, see above"
 mkdir -p dist
-# Nothing of earlier packages stays, but those of another architecture do.
+# Removes earlier packages of this architecture and keeps those of others.
 made=("$build_dir"/packages/*.deb)
 rm -f dist/*_"${made[0]##*_}"
 mv "$build_dir"/packages/*.deb dist/

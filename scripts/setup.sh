@@ -1,7 +1,7 @@
 # shellcheck shell=bash
-# What the scripts share: messages, packages, the build.
+# Shared by the scripts: messages, packages, the build.
 
-# On standard error: the output of the programs themselves is all there is on standard output.
+# On standard error: standard output has only the output of the programs themselves.
 say() { printf '== %s\n' "$*" >&2; }
 
 die() {
@@ -9,7 +9,7 @@ die() {
     exit 1
 }
 
-# quietly COMMAND...: its output is shown only when it fails.
+# quietly COMMAND...: prints the command's output only when it fails.
 quietly() {
     local output status=0
     output=$("$@" 2>&1 </dev/null) || status=$?
@@ -19,7 +19,7 @@ quietly() {
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
 
-# As root; a password is asked for at the terminal.
+# As root; sudo asks for a password at the terminal.
 apt() {
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
@@ -30,8 +30,8 @@ apt() {
         apt-get -o DPkg::Lock::Timeout=300 "$@"
 }
 
-# ensure_packages PACKAGE...: installs those that are missing. Other systems than Debian and its
-# like are expected to have them.
+# ensure_packages PACKAGE...: installs missing packages. Systems other than Debian and its derivatives
+# must have them.
 ensure_packages() {
     local package update missing=()
     command -v dpkg-query >/dev/null || return 0
@@ -40,7 +40,7 @@ ensure_packages() {
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     say "installing ${missing[*]}"
-    # An update of which a part fails can still be good enough to install from.
+    # A partly failed update can still be good enough to install from.
     update=$(apt update 2>&1) || true
     apt install --yes --no-install-recommends "${missing[@]}" || {
         printf '%s\n' "$update" >&2
@@ -48,13 +48,13 @@ ensure_packages() {
     }
 }
 
-# Whatever is to be built: a preset that has the tests wants their libraries to be configured.
+# For every build: a preset with the tests configures their libraries, whatever the target.
 ensure_build_packages() {
     ensure_packages g++ cmake ninja-build pkg-config qtbase5-dev dbus-daemon \
         libgtest-dev libsystemd-dev libcli11-dev libedit-dev nlohmann-json3-dev
 }
 
-# What the tests start besides what is built.
+# Programs that the tests start, apart from the built ones.
 ensure_test_packages() { ensure_packages python3 socat zsh bash-completion; }
 
 # build PRESET [TARGET...]: configures and builds, in the source directory.
