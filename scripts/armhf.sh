@@ -1,22 +1,22 @@
 #!/bin/bash
 # Cross-builds everything for an ARMv7 hard-float panel on a Debian machine, and runs the tests under
-# emulation: scripts/armhf.sh [CTEST-OPTION...]. Installs the compiler and the emulator when they are
-# missing; the libraries to build against are Debian's, unpacked to build-armhf/sysroot.
+# emulation: scripts/armhf.sh [CTEST-OPTION...]. Installs the compiler and the emulator when missing.
+# The libraries to link with are Debian's, unpacked to build-armhf/sysroot.
 #
-#   scripts/armhf.sh --sysroot-only            only installs and makes these
-#   scripts/armhf.sh --apt-get ARGUMENT...     only runs the apt-get that these come from
+#   scripts/armhf.sh --sysroot-only            only installs the tools and makes the sysroot
+#   scripts/armhf.sh --apt-get ARGUMENT...     only runs apt-get for the sysroot's packages
 set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 . scripts/setup.sh
 
 build_dir=build-armhf
 sysroot=$PWD/$build_dir/sysroot
-# The names that the build needs; apt finds what these need in turn.
+# The packages that the build needs; apt adds their dependencies.
 packages=(qtbase5-dev libstdc++-12-dev libgtest-dev libsystemd-dev libcli11-dev libedit-dev
     nlohmann-json3-dev)
 
-# The machine's own sources of Debian packages, asked for the other architecture. An apt of our own,
-# as packages of two architectures side by side must have equal versions, and no root is needed.
+# Uses the machine's own sources of Debian packages, for the other architecture. A separate apt, as
+# packages of two architectures side by side must have equal versions, and no root is needed.
 apt_armhf() {
     local state=$build_dir/apt
     apt-get \
@@ -27,7 +27,7 @@ apt_armhf() {
 }
 
 list_sources() {
-    # shellcheck disable=SC2016 # apt puts these in
+    # shellcheck disable=SC2016 # apt expands these
     apt-get indextargets --format 'deb [arch=armhf] $(REPO_URI) $(RELEASE) $(COMPONENT)' \
         'Created-By: Packages' 'Origin: Debian' | sort -u >"$build_dir/apt/sources.list"
     [ -s "$build_dir/apt/sources.list" ]
@@ -39,9 +39,9 @@ make_sysroot() {
     rm -rf "$build_dir/apt/cache" # of other versions
     mkdir -p "$build_dir"/apt/{lists,cache}/partial
     touch "$build_dir/apt/status"
-    # apt tells of those sources only whose lists it has.
+    # apt lists only sources whose package lists it has downloaded.
     list_sources || { apt update && list_sources; } || die "this machine has no Debian sources"
-    # An update of which a part fails can still be good enough to download from.
+    # A partly failed update can still be good enough to download from.
     update=$(apt_armhf update 2>&1 </dev/null) || true
     quietly apt_armhf install --yes --download-only --no-install-recommends "${packages[@]}" || {
         printf '%s\n' "$update" >&2
@@ -52,17 +52,17 @@ make_sysroot() {
     for archive in "$build_dir"/apt/cache/archives/*.deb; do
         dpkg -x "$archive" "$sysroot"
     done
-    # Absolute links lead to this machine's own files.
+    # Absolute links point to this machine's own files.
     find "$sysroot" -type l -lname '/*' -print0 | while IFS= read -r -d '' link; do
         ln -snfr "$sysroot$(readlink "$link")" "$link"
     done
-    # These run here.
+    # Qt's tools run on this machine.
     rm -rf "$sysroot/usr/lib/qt5/bin"
     ln -s /usr/lib/qt5/bin "$sysroot/usr/lib/qt5/bin"
     made_by >"$sysroot/.made_by"
 }
 
-# The generators that run here must be those of the libraries' version.
+# The generators that run on this machine must have the libraries' version.
 made_by() { cksum <scripts/armhf.sh && dpkg-query -W -f='${Version}\n' qtbase5-dev; }
 is_current() { made_by | cmp -s - "$sysroot/.made_by"; }
 
@@ -71,7 +71,7 @@ if [ "${1:-}" = --apt-get ]; then
     apt_armhf "$@"
     exit
 fi
-# Those for the build here are for its tools, such as moc, and for the tests' bus.
+# Packages of this machine: for the build's tools, such as moc, and for the tests' bus.
 ensure_build_packages
 ensure_test_packages
 ensure_packages g++-arm-linux-gnueabihf qemu-user
