@@ -1,6 +1,6 @@
 #!/bin/bash
 # client_install_test.sh SOURCE_DIR BUILD_DIR CC CXX: installs the client library and builds the
-# README's program against the copy in an empty folder, as its reader would.
+# README's program against the installed copy, in an empty folder.
 set -euo pipefail
 source_dir=$1
 build_dir=$2
@@ -23,22 +23,22 @@ pc=$(find "$root" -name ovik_client.pc)
 libdir=$(dirname "$(dirname "$pc")")
 export PKG_CONFIG_PATH=$libdir/pkgconfig CMAKE_PREFIX_PATH=$root LD_LIBRARY_PATH=$libdir
 
-# The README's first program in C, where no service is.
+# The first C program of the README, run without a service.
 mkdir "$work/empty"
 cd "$work/empty"
 awk '/^```c$/ { inside = 1; next } /^```$/ && inside { exit } inside' \
     "$source_dir/README.md" >hello.c
 cp hello.c hello_cxx.cpp
-# says WHAT PROGRAM: it was built and finds no service, or it answers.
+# says WHAT PROGRAM: the program runs and reports that it finds no service, or prints an answer.
 says() {
     local output
-    output=$("$2" 2>&1) || true # a failure, too, is told
+    output=$("$2" 2>&1) || true # a failure prints a message too
     grep -qx -e 'no service listens at the socket' -e 'brightness [0-9]*' -e 'refused: .*' \
         -e 'no answer in time: .*' -e 'the service closed the connection' \
         -e 'this user may not use the socket' <<<"$output" || fail "$1 says: $output"
 }
 
-# shellcheck disable=SC2046,SC2086 # of several words
+# shellcheck disable=SC2046,SC2086 # several words
 build_by_hand() {
     $CC ${CFLAGS:-} -std=c99 -Wall -Wextra -Werror hello.c \
         $(pkg-config --cflags --libs ovik_client) -o by_hand

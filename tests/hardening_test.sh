@@ -1,5 +1,5 @@
 #!/bin/bash
-# hardening_test.sh READELF PROGRAM...: each of the programs as it was linked is hardened.
+# hardening_test.sh READELF PROGRAM...: each program is hardened, as it was linked.
 set -euo pipefail
 export LC_ALL=C
 readelf=$1
@@ -24,8 +24,8 @@ for program; do
     for table in file-header program-headers dynamic dyn-syms; do
         "$readelf" --wide "--$table" "$program" >"$dir/$table"
     done
-    # What is defined here and neither local nor hidden, but for the standard library's templates:
-    # its headers ask for that.
+    # Symbols defined here that are neither local nor hidden, except the standard library's templates,
+    # whose headers make them visible.
     "$readelf" --wide --syms "$program" |
         awk '$5 != "LOCAL" && $6 == "DEFAULT" && $7 != "UND" &&
             $8 !~ /^_Z(T[A-Z]|Z)?(P?F)?N?K?(S[tabdios]|9__gnu_cxx)/ { print $8 }' >"$dir/visible"

@@ -1,7 +1,7 @@
 #!/bin/bash
 # package_armhf_test.sh SOURCE_DIR: makes the Debian packages for an ARMv7 hard-float panel and for this
-# machine. They differ in nothing but the machine, a Debian of the panel's kind can install the former,
-# and what is in them runs under emulation and answers. Needs no root.
+# machine. They differ only in the architecture. A Debian of the panel's architecture can install the
+# former, and their programs run under emulation and answer. Needs no root.
 set -euo pipefail
 cd "$1"
 # shellcheck source=scripts/setup.sh
@@ -12,7 +12,7 @@ dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
 failures=0
 
-# check WHAT COMMAND...: the command tells whether it is so.
+# check WHAT COMMAND...: reports WHAT as failed when the command fails.
 check() {
     local what=$1
     shift
@@ -28,14 +28,14 @@ lintian_is_quiet() {
     lintian --allow-root --pedantic --fail-on error,warning,pedantic dist/*_armhf.deb
 }
 
-# describe ARCHITECTURE: what its packages say and hold, but for what the machine decides: the sizes,
-# the versions of the libraries, and their folder's name.
+# describe ARCHITECTURE: prints the fields and files of its packages, except what depends on the
+# architecture: sizes, versions of the libraries, and their folder's name.
 describe() {
     local package
     for package in dist/*_"$1".deb; do
         dpkg-deb --field "$package" |
             sed -E -e '/^(Architecture|Installed-Size):/d' -e '/^Depends:/s/ \([^)]*\)//g'
-        # Of each file: mode, owner, name.
+        # For each file: mode, owner, name.
         dpkg-deb --ctrl-tarfile "$package" | tar -tv | awk '{ print $1, $2, $6, $7, $8 }'
         dpkg-deb --contents "$package" | awk '{ print $1, $2, $6, $7, $8 }'
     done | sed "s/$(dpkg-architecture -a"$1" -qDEB_HOST_MULTIARCH)/MULTIARCH/g"

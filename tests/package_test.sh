@@ -1,8 +1,8 @@
 #!/bin/bash
-# package_test.sh SOURCE_DIR CACHE_DIR: makes the Debian packages, installs them into a clean Debian
-# with systemd and a system bus, runs the service there against the simulated panel, and removes
-# them. Needs root. Exit status 77: skipped. The clean Debian is kept in CACHE_DIR for the next time,
-# as are the packages that ours depend on.
+# package_test.sh SOURCE_DIR CACHE_DIR: makes the Debian packages, installs them into a clean Debian with
+# systemd and a system bus, runs the service there against the simulated panel, and removes the packages.
+# Needs root. Exit status 77: skipped. CACHE_DIR keeps the clean Debian and the packages that ours depend
+# on for the next run.
 set -euo pipefail
 source_dir=$1
 cache=$2
@@ -22,7 +22,7 @@ cd "$source_dir"
 patience=60
 failures=0
 
-# --- A system of its own ---
+# --- A separate system ---
 
 # The machine's sources of Debian packages: "URI RELEASE COMPONENT" in each line.
 sources() {
@@ -51,7 +51,7 @@ make_clean_root() {
     rm -rf "$cache/new"
 }
 
-# become_system ROOT PACKAGES ARCHIVES: becomes systemd in that folder; in namespaces of its own.
+# become_system ROOT PACKAGES ARCHIVES: becomes systemd in that folder, in namespaces of its own.
 become_system() {
     set -e
     local root=$1 device
@@ -87,7 +87,7 @@ boot_root() {
         bash -c "$(declare -f become_system)"'; become_system "$@"' - \
         "$root" "$PWD/dist" "$cache/archives" </dev/null >"$root.console" 2>&1 &
     unshare=$!
-    # A process's first child, once it is there and has become systemd.
+    # The first child of unshare, once it exists and has become systemd.
     await is_booting || give_up "the system does not start"
     await booted || give_up "the system does not come up"
 }
@@ -95,7 +95,7 @@ is_booting() {
     init=$(cat "/proc/$unshare/task/$unshare/children" 2>/dev/null) && init=${init%% *} &&
         [ -n "$init" ] && [ "$(cat "/proc/$init/comm" 2>/dev/null)" = systemd ]
 }
-# Some of its units may fail, as this is no machine of its own.
+# Some units may fail, because this system is not a full machine.
 booted() { within systemctl is-system-running 2>/dev/null | grep -q -e running -e degraded; }
 give_up() {
     cat "$root.console"
@@ -120,11 +120,11 @@ await() {
     until "$@"; do
         [ $SECONDS -le $deadline ] || return 1
         sleep 0.2
-        : >"$root.log" # of interest is what the last trial said
+        : >"$root.log" # keep the output of the last attempt only
     done
 }
 
-# check WHAT COMMAND...: the command tells whether it is so.
+# check WHAT COMMAND...: reports WHAT as failed when the command fails.
 check() {
     local what=$1
     shift
@@ -160,9 +160,9 @@ dangles() { is_linked && ! within test -e "$path"; }
 is_reached() { is_linked && answers getBrightness '0 77'; }
 nothing_is_there() { ! within test -e "$path" && ! within test -L "$path"; }
 
-# finds_nothing COMMAND...: it succeeds and prints nothing.
+# finds_nothing COMMAND...: the command succeeds and prints nothing.
 finds_nothing() { "$@" >"$root.found" && cat "$root.found" && [ ! -s "$root.found" ]; }
-# Processes come and go while it looks.
+# Processes come and go during the search.
 nothing_runs() {
     finds_nothing within sh -c '{ cat /proc/[0-9]*/comm 2>/dev/null || true; } | sed /ovik/!d'
 }
@@ -182,7 +182,7 @@ packages_are_made() {
 installed() {
     local packages
     mapfile -t packages < <(cd dist && printf '/mnt/%s\n' *_"$(dpkg --print-architecture)".deb)
-    as_nobody nogroup mkdir "$path" # it takes the name before the packages come
+    as_nobody nogroup mkdir "$path" # takes the name before the packages are installed
     check "with what they depend on" within apt-get install --yes --no-install-recommends \
         "${packages[@]}"
     within test -e /usr/sbin/ovik_server || exit 1
@@ -203,7 +203,7 @@ installed() {
     check "has the bus interfaces" within test -s /usr/share/dbus-1/interfaces/com.wenu.OVIK.xml
 }
 
-# A platform brings the policy for its own name; the system starts it anew with the bus.
+# A platform installs the policy for its own name; the system starts the platform again with the bus.
 the_platform_arrives() {
     within tee /etc/dbus-1/system.d/panel.conf >/dev/null <<'END'
 <busconfig>
@@ -229,7 +229,7 @@ killed() {
     check "answers" await answers getBrightness '0 [0-9]*'
 }
 
-# Of a folder, the service cannot clear the way.
+# The service cannot remove a folder at its path.
 the_socket_cannot_be_had() {
     within systemctl stop ovik_server
     within mkdir -p /run/ovik_server/ovik_server.socket
@@ -241,12 +241,12 @@ the_socket_cannot_be_had() {
     check "answers as soon as it can" await answers getBrightness '0 [0-9]*'
 }
 
-# memory FIELD: of the service, in KiB.
+# memory FIELD: the service's, in KiB.
 memory() { within sed -n "s/^$1:[^0-9]*\([0-9]*\) kB\$/\1/p" "/proc/$(main_pid)/status"; }
 has_been_above() { memory VmHWM && [ "$(memory VmHWM)" -gt "$1" ]; }
 is_below() { memory VmRSS && [ "$(memory VmRSS)" -lt "$1" ]; }
 
-# With the policy of the bus as Debian ships it.
+# Under the bus policy that Debian ships.
 the_bus_has_a_hostile_user() {
     local pid before burst
     check "compiles" cc tests/bus_stranger.c -lsystemd -o "$root/opt/bus_stranger"
@@ -263,7 +263,7 @@ the_bus_has_a_hostile_user() {
     check "was not started again" test "$(main_pid)" = "$pid"
 }
 
-# Another user takes the path as often as it is free, and answers whoever comes there.
+# Another user takes the path whenever it is free, and answers every client.
 install_stranger() {
     cat >"$root/opt/stranger" <<'END'
 use Socket;
@@ -322,7 +322,7 @@ a_second_is_started_by_hand() {
     within systemctl stop second
 }
 
-# As at boot, and as daily on a system that removes from /tmp what is old: here, everything.
+# As at boot, and as every day on a system that removes old files from /tmp; here it removes all files.
 the_system_tidies_up() {
     within tee /etc/tmpfiles.d/tmp.conf >/dev/null <<<'q /tmp 1777 root root 0'
     within systemctl stop ovik_server

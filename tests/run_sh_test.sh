@@ -10,12 +10,12 @@ patience=20
 
 work=$(mktemp -d -t ovik_run_sh_test.XXXXXX)
 mkdir "$work/tmp" "$work/a directory"
-# In the environment of whatever run.sh starts, so that what is left of it can be found.
+# In the environment of all processes that run.sh starts, so that leftovers can be found.
 mark=OVIK_RUN_SH_TEST=$$
 failures=0
 
 clean_up() {
-    # Closes the terminal, if there is one, which ends what runs there.
+    # Closes the terminal, if there is one, which ends the programs in it.
     mapfile -t started < <(jobs -p)
     [ ${#started[@]} -eq 0 ] || kill "${started[@]}" 2>/dev/null || true
     rm -rf "$work"
@@ -28,7 +28,7 @@ fail() {
     failures=$((failures + 1))
 }
 
-# check WHAT COMMAND...: the command tells whether it is so.
+# check WHAT COMMAND...: reports WHAT as failed when the command fails.
 check() {
     local what=$1
     shift
@@ -51,7 +51,7 @@ await() {
     done
 }
 
-# This test holds the lock for run.sh, so that no other test's server comes in between.
+# This test holds the lock for run.sh, so that no other test's server starts in between.
 as_lock_holder() {
     exec env "$mark" OVIK_LOCK_HELD=1 TMPDIR="$work/tmp" XDG_STATE_HOME="$work/state" \
         "$@" 9>&- >"$work/out" 2>"$work/err"
@@ -63,7 +63,7 @@ run_sh_that_locks() { (as_lock_holder env -u OVIK_LOCK_HELD "$run" </dev/null); 
 same() { [ "$1" = "$2" ]; }
 prints() { grep -qF -- "$1" "$work/out"; }
 complains() { grep -qF -- "$1" "$work/err"; }
-# Before that, the terminal is not yet the editor's, and a Ctrl-D is lost.
+# Before the prompt, the editor does not control the terminal yet, and a Ctrl-D is lost.
 prompts_again() { [ "$(tail -c 9 "$work/out")" = 'ovikctl> ' ]; }
 nothing_runs() { ! grep -qsz "^$mark\$" /proc/[0-9]*/environ; }
 
@@ -132,8 +132,8 @@ another_server_that_lives() {
 # Starts run.sh at a terminal whose keys are typed into descriptor 5, and waits for the prompt.
 open_terminal() {
     mkfifo "$work/keys"
-    # What is started in the background ignores Ctrl-C otherwise. A shell in between would get it as
-    # well, and some shells tell of it with their exit status.
+    # A background process ignores Ctrl-C unless the signal is reset. A shell in between would get
+    # Ctrl-C as well, and some shells then return another exit status.
     as_lock_holder env --default-signal=INT script -qefc "exec '$run'" /dev/null <"$work/keys" &
     terminal=$!
     exec 5>"$work/keys"
@@ -181,7 +181,7 @@ ctrl_c_at_a_terminal() {
 # ends_while_a_request_waits SIGNAL STATUS
 ends_while_a_request_waits() {
     local requests=(getBuzzerMode)
-    # Each takes half a second.
+    # Each scan takes half a second.
     for _ in {1..40}; do requests+=('serviceCommand;wifi;scan;{}'); done
     as_lock_holder env --default-signal=INT "$run" "${requests[@]}" </dev/null &
     check "is under way" await prints 'getBuzzerMode -> 0 0'
@@ -230,7 +230,7 @@ a_lock_folder_that_others_can_replace_or_write_to() {
 }
 files_of_the_lock() { find -L "$work/lock" "$work/kept" -printf '%p %s %t\n'; }
 
-# As run.sh does it: another user could have made the folder, or a link in its place.
+# As in run.sh: another user could have created the folder, or a link in its place.
 mkdir -m 700 "$lock" 2>/dev/null || true
 if [ -L "$lock" ] || [ ! -O "$lock" ] || [ -n "$(find "$lock" -maxdepth 0 -perm /022)" ]; then
     echo "$lock is not a folder that only you can write to: remove it, or have root remove it"
@@ -248,7 +248,7 @@ for situation in the_tour requests_of_the_command_line a_quit_among_the_requests
     a_lock_that_a_test_holds a_lock_that_another_run_sh_holds \
     a_lock_folder_that_others_can_replace_or_write_to; do
     printf '%s\n' "$situation"
-    # What the last one printed is not to be taken for what this one awaits.
+    # Output of the last situation must not count for this one.
     : >"$work/out"
     : >"$work/err"
     "$situation"

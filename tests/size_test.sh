@@ -1,5 +1,5 @@
 #!/bin/bash
-# size_test.sh STRIP PROGRAM KIB: what is shipped of the program takes less than so many KiB.
+# size_test.sh STRIP PROGRAM KIB: the stripped program is smaller than KIB KiB.
 set -euo pipefail
 stripped=$(mktemp)
 trap 'rm -f "$stripped"' EXIT

@@ -1,6 +1,6 @@
 #!/bin/bash
-# unit_test.sh PACKAGING_DIR PROGRAM: systemd understands the unit, alone and with each of the example
-# drop-ins, and finds little to attack in what is shipped. Exit status 77: skipped.
+# unit_test.sh PACKAGING_DIR PROGRAM: systemd accepts the unit, alone and with each of the example
+# drop-ins, and rates the shipped unit as hardened. Exit status 77: skipped.
 set -euo pipefail
 packaging=$1
 program=$2
@@ -13,7 +13,7 @@ dir=$(mktemp -d)
 trap 'rm -rf "$dir"' EXIT
 failures=0
 
-# unit NAME [DROP-IN]: a copy that runs what was built here; prints its path.
+# unit NAME [DROP-IN]: makes a copy of the unit that runs the built program; prints its path.
 unit() {
     local copy=$dir/$1/ovik_server.service file
     mkdir -p "$copy.d"
@@ -26,7 +26,7 @@ unit() {
     echo "$copy"
 }
 
-# holds WHAT COMMAND...
+# holds WHAT COMMAND...: reports WHAT as failed when the command fails.
 holds() {
     local what=$1
     shift
@@ -37,9 +37,9 @@ holds() {
     }
 }
 
-# The manual page is not installed here; other units' faults are not this one's.
+# The manual page is not installed here, and faults of other units do not matter.
 understood() { systemd-analyze verify --man=no --recursive-errors=no "$1"; }
-# An exposure of 1.1 of 10 at most, as systemd 252 counts.
+# The exposure is at most 1.1 of 10, by the scale of systemd 252.
 hardened() { systemd-analyze security --offline=yes --threshold=11 "$1"; }
 
 shipped=$(unit shipped)
