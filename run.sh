@@ -17,12 +17,12 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 
 bin=${OVIK_BUILD_DIR:-build}/bin
 socket=/tmp/ovik_server.socket
-lock=/tmp/ovik_server.test-$(id -u) # a folder; the tests lock the same one
+lock=/tmp/ovik_server.test-$(id -u) # a folder that the tests lock too
 lock_patience=600
 patience=60
 
-dir=''         # for the bus and for the programs' output
-declare -A pids # of what has been started, by name
+dir=''         # of the bus and the programs' output
+declare -A pids # of started processes, by name
 locked=''
 
 is_running() { kill -0 "$1" 2>/dev/null; }
@@ -134,7 +134,7 @@ answers() { "$bin/ovikctl" wait --timeout "$@" 2>/dev/null; }
 refuse_second_server() {
     local status=0
     answers 0.1 || status=$?
-    [ $status -eq 8 ] || # nobody is there
+    [ $status -eq 8 ] || # no service listens
         die "another server listens at $socket: end it first, e.g. $bin/ovikctl quit"
 }
 
@@ -178,7 +178,7 @@ send_tour() {
 
 send_typed() {
     say "type requests, such as getBuzzerMode; quit or Ctrl-D ends"
-    trap 'interrupted=yes' INT # it clears the line, or ends the request
+    trap 'interrupted=yes' INT # Ctrl-C clears the line, or ends the request
     attend "$bin/ovikctl"
 }
 

@@ -36,7 +36,7 @@ list_sources() {
 make_sysroot() {
     local archive update
     say "making a sysroot of armhf packages"
-    rm -rf "$build_dir/apt/cache" # of other versions
+    rm -rf "$build_dir/apt/cache" # packages of other versions
     mkdir -p "$build_dir"/apt/{lists,cache}/partial
     touch "$build_dir/apt/status"
     # apt lists only sources whose package lists it has downloaded.

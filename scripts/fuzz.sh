@@ -74,7 +74,7 @@ report() {
 }
 
 ensure_build_packages
-ensure_packages clang libclang-rt-14-dev llvm # the last names the functions in a finding
+ensure_packages clang libclang-rt-14-dev llvm # llvm names the functions in a finding
 build fuzz "${targets[@]}" fuzz_seeds
 
 say "fuzzing ${targets[*]}, $seconds s each, $(nproc) at a time"
