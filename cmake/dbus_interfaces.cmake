@@ -1,10 +1,10 @@
-# The platform's D-Bus interfaces stand as introspection files, one per interface. The product's
-# clients and the simulated panel's adaptors are generated from the same files.
+# Each of the platform's D-Bus interfaces has an introspection file. The product's clients and the
+# simulated panel's adaptors are generated from the same files.
 
 set(OVIK_DBUS_INTERFACE_DIR ${PROJECT_SOURCE_DIR}/dbus_ovik/interfaces)
 
-# ovik_dbus_clients(SOURCES_VAR): generates a client class for every interface. It is named
-# ComWenuOVIK + the interface's last name component + Interface, but for these:
+# ovik_dbus_clients(SOURCES_VAR): generates a client class for every interface. Its name is
+# ComWenuOVIK + the interface's last name component + Interface, with these exceptions:
 set(OVIK_DBUS_CLIENT_com.wenu.OVIK ComWenuOVIKGeneratedInterface) # extended in ComWenuOVIKInterface.h
 set(OVIK_DBUS_CLIENT_com.wenu.OVIK.Leds ComWenuOVIKPlatformLedsInterface)
 set(OVIK_DBUS_CLIENT_com.wenu.OVIK.Sensors ComWenuOVIKPlatformSensorsInterface)
@@ -28,7 +28,7 @@ function(ovik_dbus_clients sources_var)
 endfunction()
 
 # ovik_dbus_adaptor(SOURCES_VAR INTERFACE HEADER PARENT): generates the adaptor class that answers
-# INTERFACE by calling the methods of PARENT, declared in HEADER. It is named the interface's last
+# INTERFACE by calling the methods of PARENT, declared in HEADER. Its name is the interface's last
 # name component + Adaptor.
 function(ovik_dbus_adaptor sources_var interface header parent)
     set(sources ${${sources_var}})

@@ -22,7 +22,7 @@ add_custom_command(OUTPUT ${changelog}
 add_custom_target(changelog ALL DEPENDS ${changelog})
 
 # ovik_package(COMPONENT SECTION SUMMARY DESCRIPTION [NAME]): the package of an install component,
-# "ovik-" and its name unless told otherwise.
+# by default named "ovik-" and the component.
 macro(ovik_package component section summary description)
     string(REPLACE _ - name ovik-${component})
     if(${ARGC} GREATER 4)
