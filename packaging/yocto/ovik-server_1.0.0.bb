@@ -3,24 +3,24 @@ SUMMARY = "Operator panel facilities behind a local socket"
 DESCRIPTION = "Answers short text requests over a Unix-domain socket by asking the panel's D-Bus service."
 SECTION = "misc"
 
-# No licence has been stated for this software: settle it with its authors, and put it here together
-# with LIC_FILES_CHKSUM.
+# This software has no stated licence: agree on one with the authors, and set it here together with
+# LIC_FILES_CHKSUM.
 LICENSE = "CLOSED"
 
-# Where your copy of the repository lies, and the commit to build.
+# The path of your copy of the repository, and the commit to build.
 OVIK_SERVER_GIT ?= "git:///path/to/ovik_server.git;protocol=file;branch=main"
 SRC_URI = "${OVIK_SERVER_GIT}"
 SRCREV ?= "${AUTOREV}"
 S = "${WORKDIR}/git"
 
-# qtbase-native has the generators that run while building.
+# qtbase-native has the generators that run during the build.
 DEPENDS = "qtbase qtbase-native cli11 libedit nlohmann-json"
 
 inherit cmake_qt5 systemd
 
 EXTRA_OECMAKE += "-DCMAKE_BUILD_TYPE=MinSizeRel -DOVIK_BUILD_TESTS=OFF -DOVIK_BUILD_PANEL_SIM=OFF"
 
-# The unit goes below the prefix; systemd.bbclass looks for it where the distribution keeps its own.
+# The unit is installed below the prefix; systemd.bbclass expects it in the distribution's unit folder.
 do_install:append() {
     if [ "${prefix}/lib/systemd/system" != "${systemd_system_unitdir}" ]; then
         install -d ${D}${systemd_system_unitdir}
