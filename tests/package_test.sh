@@ -217,8 +217,8 @@ END
     check "starts" within systemd-run --quiet --unit=panel -p Restart=always -p RestartSec=1 \
         -p StartLimitIntervalSec=0 ovik_panel_sim
     check "is adopted" await answers getBrightness '0 [0-9]*'
-    check "does what it is told" answers 'saveBrightness;77' '0 [0-9]*'
-    check "and keeps it" answers getBrightness '0 77'
+    check "carries out a write" answers 'saveBrightness;77' '0 [0-9]*'
+    check "returns the written value" answers getBrightness '0 77'
 }
 
 killed() {
@@ -235,7 +235,7 @@ the_socket_cannot_be_had() {
     within mkdir -p /run/ovik_server/ovik_server.socket
     within systemctl start ovik_server
     check "tries again" await has_property NRestarts '[1-9][0-9]*'
-    check "says why" await has_logged 'ovik_server start failed'
+    check "logs the reason" await has_logged 'ovik_server start failed'
     check "fails" await has_logged status=1/FAILURE
     within rmdir /run/ovik_server/ovik_server.socket
     check "answers as soon as it can" await answers getBrightness '0 [0-9]*'
@@ -299,7 +299,7 @@ the_path_is_attacked() {
         check "$attack: restarts" within systemctl restart ovik_server
         check "$attack: is reached after the restart" await is_reached
         check "$attack: stops" within systemctl stop ovik_server
-        check "$attack: nobody else answers" fails within ovikctl getBrightness
+        check "$attack: no other process answers" fails within ovikctl getBrightness
         check "$attack: the link stays" dangles
         within systemctl stop stranger
     done

@@ -79,7 +79,7 @@ the_tour() {
     exits 0 run_sh
     check "sends the tour, and quit" same "$(sed 's/ -> .*//' "$work/out")" "$tour"$'\nquit'
     for step in "starting a bus" "sending the" "ending the server" "all went well"; do
-        check "says: $step" complains "$step"
+        check "prints: $step" complains "$step"
     done
     check "each response has status 0" same "$(grep -cv -e ' -> 0$' -e ' -> 0 ' "$work/out")" 0
     nothing_is_left
@@ -120,7 +120,7 @@ another_server_that_lives() {
     server=$!
     check "the other listens" await "$bin/ovikctl" wait --timeout 1
     exits 1 run_sh
-    check "is told of" complains "another server listens at $socket"
+    check "is reported" complains "another server listens at $socket"
     check "nothing is printed" same "$(cat "$work/out")" ''
     check "nothing is started" nothing_runs
     check "the other lives on" same "$("$bin/ovikctl" raw getBuzzerMode 2>/dev/null)" 'getBuzzerMode -> -1'
@@ -157,7 +157,7 @@ a_terminal() {
     check "lets others be served meanwhile" same \
         "$("$bin/ovikctl" --timeout 5 getBuzzerMode)" 3
     echo 'nonsense' >&5
-    check "tells of what it does not know" await prints 'not expected: nonsense'
+    check "reports an unknown command" await prints 'not expected: nonsense'
     echo 'quit' >&5
     close_terminal 0
 }
