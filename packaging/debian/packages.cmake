@@ -62,14 +62,14 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "ovik-server")
 
 ovik_package(client libs "client library of ovik_server"
 "Sends requests to the service from C and C++, with deadlines and many at
-a time. This package holds the shared library." libovik-client1)
+a time. This package contains the shared library." libovik-client1)
 set(CPACK_DEBIAN_CLIENT_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_LIST_DIR}/libovik-client1/shlibs
     ${CMAKE_CURRENT_LIST_DIR}/libovik-client1/triggers)
 
 ovik_package(client_dev libdevel "client library of ovik_server, development files"
 "Sends requests to the service from C and C++, with deadlines and many at
-a time. This package holds the header, the static library, the manual page
+a time. This package contains the header, the static library, the manual page
 and examples." libovik-client-dev)
 set(CPACK_DEBIAN_CLIENT_DEV_PACKAGE_DEPENDS "libovik-client1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_CLIENT_DEV_PACKAGE_SUGGESTS "ovik-server")
