@@ -12,7 +12,7 @@ void pause(Random& random, int longestMs)
     std::this_thread::sleep_for(std::chrono::microseconds(random.between(0, 1000 * longestMs)));
 }
 
-/// Objects that a panel lacks, when it lacks some.
+/// How many objects an incomplete panel lacks at most.
 constexpr int mostMissing = 4;
 
 void panelGone(Traffic& t)
@@ -74,7 +74,7 @@ void panelLacksParts(Traffic& t)
     t.startPanel();
 }
 
-/// Outcomes of commands that the service has not sent. Those of a stranger never count.
+/// Outcomes of commands that the service has not sent. A stranger's outcomes are ignored.
 void outcomesOfOthers(Traffic& t)
 {
     FakePlatform stranger(FakePlatform::wholePanel(), false);
@@ -93,7 +93,7 @@ void outcomesOfOthers(Traffic& t)
     const bool isRight = std::find(right.begin(), right.end(), answer) != right.end();
     t.checkAnswer(scan, answer, isRight ? answer : "one of the panel's outcomes");
     client.disconnect();
-    // Behind these, no outcome is on its way any more.
+    // After these requests, no outcome is pending.
     t.allRows();
 }
 
@@ -113,7 +113,7 @@ void panelGoesDuringScan(Traffic& t)
     t.forgetCalls();
 }
 
-/// Longer than the bus waits for a reply. The panel's late reply is dropped.
+/// Longer than the bus's reply time-out. The panel's late reply is dropped.
 void panelFreezesForLong(Traffic& t)
 {
     const CommandRow& row = t.random().pick(commandRows());
@@ -147,7 +147,7 @@ void serviceIsKilledAmidRequests(Traffic& t)
     t.expectEnd(128 + SIGKILL);
     for (const Request& request : requests) {
         auto answer = client.receiveBytes();
-        if (!answer) // the reset that comes with requests not received
+        if (!answer) // the connection reset, because of requests not received
             answer = client.receiveBytes();
         if (!answer || answer->empty())
             break;
@@ -168,7 +168,7 @@ void serviceStartsBeforeThePanel(Traffic& t)
     t.waitForAdoption();
 }
 
-/// What it does not find at its start it does not look for again.
+/// Objects missing at the start of the service stay missing.
 void serviceStartsWithPartOfThePanel(Traffic& t)
 {
     t.quit();

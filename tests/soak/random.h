@@ -3,7 +3,7 @@
 #include <iterator>
 #include <random>
 
-/// Every decision of a run, repeatable by its seed.
+/// The source of all random decisions, repeatable by its seed.
 class Random
 {
 public:

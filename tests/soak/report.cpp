@@ -5,8 +5,8 @@
 
 namespace
 {
-/// What the allocator may still take after everything has happened once, in KiB. A leak of 48 bytes
-/// in each request is past it within two minutes. Under a sanitizer memory does not count.
+/// Memory in KiB that the allocator may still take after everything has happened once. A leak of 48
+/// bytes per request exceeds it within two minutes. Ignored under a sanitizer.
 constexpr long memorySlack = 256;
 constexpr size_t fewest = 3;
 
@@ -23,7 +23,7 @@ std::string printable(const std::string& bytes)
                                   : text;
 }
 
-/// The one with the median of the memory, and the most of the rest.
+/// The footprint with the median memory, and the maximum of each other figure.
 Footprint typical(std::vector<Footprint> some)
 {
     std::sort(some.begin(), some.end(),

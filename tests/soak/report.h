@@ -6,16 +6,15 @@
 #include <string>
 #include <vector>
 
-/// What a run has seen.
 struct Report {
     long requests = 0;
-    std::map<std::string, long> clients; ///< by what they did
+    std::map<std::string, long> clients; ///< by their behaviour
     std::map<std::string, long> faults;
     long wrong = 0;
-    std::vector<Footprint> footprints; ///< since everything had happened at least once
+    std::vector<Footprint> footprints; ///< after the warm-up
 
-    /// Prints and counts what went wrong.
+    /// Prints and counts an error.
     void complain(const std::string& what, const std::string& expected, const std::string& got);
-    /// The end of a run: true when nothing was wrong and nothing has grown.
+    /// The final verdict: true when there was no error and no growth.
     bool conclude(unsigned int seed, int seconds) const;
 };

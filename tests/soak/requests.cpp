@@ -10,18 +10,18 @@ using namespace std::string_literals;
 constexpr size_t longestMessage = 4999; ///< without its NUL
 constexpr size_t longestResponse = 9999;
 constexpr size_t longestParameter = 99;
-/// What may wait in a socket without its sender having to.
+/// Requests up to this size fit into a socket's buffer, so the sender does not block.
 constexpr size_t mostBytes = 100000;
 
 const std::string longText(12000, 'c');
 
 // clang-format off
-/// Numbers as they are sent, and as the panel gets them.
+/// Numbers as sent, and as the panel receives them.
 const std::pair<std::string, int> oddNumbers[] = {
     {"-1", -1}, {"007", 7}, {"+5", 5}, {"2147483647", 2147483647}, {"2147483648", 0},
     {"4294967296", 0}, {"abc", 0}, {"", 0}, {"1x", 0}, {"0x10", 0}, {"1e3", 0}, {"3.5", 0},
 };
-/// Texts as they are sent, and as the panel gets them.
+/// Texts as sent, and as the panel receives them.
 const std::pair<std::string, std::string> oddTexts[] = {
     {"", ""}, {"%s%n%1%2", "%s%n%1%2"}, {"tab\tline\n", "tab\tline\n"}, {"\"a\\\"", "\"a\\\""},
     {"\u65e5\u672c\u8a9e \U0001f600", "\u65e5\u672c\u8a9e \U0001f600"},
@@ -51,7 +51,7 @@ CommandRow rowWith(const std::string& word, const std::string& arguments, const 
     return row;
 }
 
-/// Carries out a service command: a scan succeeds, and its options are its outcome.
+/// Replies to a service command: a scan succeeds, and its options are its outcome.
 int answerCommand(sd_bus_message* call)
 {
     const char* service = nullptr;
@@ -83,7 +83,7 @@ std::string garbage(Random& random)
     return bytes;
 }
 
-/// A message about as long as what the service receives; a longer one is cut.
+/// A message around the size of the service's buffer; the service truncates longer ones.
 Request tooLong(size_t valueSize)
 {
     const std::string start = "setVolatileParameter;long;";
@@ -149,7 +149,7 @@ CommandRow Requests::named()
 
 CommandRow Requests::anyRow(bool scans)
 {
-    // A scan takes half a second and more, so scans are rare.
+    // A scan takes at least half a second, so scans are rare.
     if (scans && m_random.chance(1))
         return scanRequest('#' + std::to_string(++m_number)).row;
     switch (m_random.below(4)) {

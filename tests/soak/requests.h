@@ -3,32 +3,32 @@
 #include "tests/soak/random.h"
 #include "tests/support/commands.h"
 
-/// A message, and the known row that says what must come of it.
+/// A message, and the known row with its expected effect.
 struct Request {
     std::string message;
-    /// What the panel is asked and the response when the panel works. A row without calls has the
-    /// same response in every state.
+    /// The panel's calls, and the response when the panel works. A row without calls has the same
+    /// response in every state.
     CommandRow row;
 };
 
-/// A request that the service answers by itself.
+/// A request that never reaches the panel.
 Request fixedRequest(const std::string& message, const std::string& response);
-/// A scan; its @p options end up in its outcome, so that outcomes differ.
+/// A scan; its @p options become its outcome, so outcomes differ.
 Request scanRequest(const std::string& options);
 
-/// Makes every known row work, and the replies that differ from the table's: some calls get their
-/// own arguments back, so that each response can be told from the others.
+/// Configures the panel for every known row. Some calls return their own arguments, which makes
+/// each response distinguishable.
 void answerRequests(FakePlatform& platform);
 
-/// Makes requests of known rows, with proper and odd messages.
+/// Makes requests of known rows, both proper and odd messages.
 class Requests
 {
 public:
     explicit Requests(Random& random);
 
-    /// About @p count requests, as many as can wait in a socket. @p scans: with Wi-Fi scans.
+    /// About @p count requests, within what a socket can buffer. @p scans: with Wi-Fi scans.
     std::vector<Request> some(int count, bool scans);
-    /// Each row once, with the longest messages and responses.
+    /// Each row once, with messages and responses of maximum length.
     std::vector<Request> allRows() const;
 
 private:

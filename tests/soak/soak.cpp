@@ -1,4 +1,4 @@
-// A long run of the real service against a panel that comes, goes and freezes, with clients of
+// A long run of the real service against a panel that starts, stops and freezes, with clients of
 // every kind. Every answer is checked, and the service must not grow.
 
 #include "tests/soak/faults.h"
@@ -10,7 +10,7 @@ namespace
 {
 constexpr long mostWrong = 20;
 constexpr auto measureEvery = 10s;
-/// A shorter run goes without the slow faults.
+/// Shorter runs skip the slow faults.
 constexpr int longRun = 600;
 
 struct Soak {
@@ -31,12 +31,12 @@ struct Soak {
     }
     void warmUp();
     void measure();
-    /// False when anything was wrong or has grown.
+    /// False after any error or growth.
     bool run();
 };
 
-/// Everything happens at least once. The service is restarted only here, so that there is one long
-/// life of it to measure.
+/// Everything happens at least once. The service is restarted only here: afterwards one long-lived
+/// process is measured.
 void Soak::warmUp()
 {
     for (const Cost cost : {Cost::Restart, Cost::Usual, Cost::Slow}) {
@@ -49,7 +49,7 @@ void Soak::warmUp()
             traffic.someTraffic(2);
         }
     }
-    // Buffers grow now and not at some later time.
+    // Let buffers grow before the measurement.
     for (int times = 0; goesOn() && times < 10; ++times)
         traffic.allRows();
 }
@@ -96,7 +96,7 @@ int main(int argc, char* argv[])
         std::cerr << "seed " << options["--seed"] << std::endl;
         Soak soak{options["--seconds"], static_cast<unsigned int>(options["--seed"])};
         return soak.run() ? EXIT_SUCCESS : EXIT_FAILURE;
-    } catch (const std::logic_error&) { // no such option, or no number
+    } catch (const std::logic_error&) { // unknown option, or not a number
         std::cerr << "usage: ovik_soak [--seconds NUMBER] [--seed NUMBER]\n";
     } catch (const std::exception& error) {
         std::cerr << "ovik_soak: " << error.what() << std::endl;

@@ -9,7 +9,7 @@ namespace
 {
 enum Manner { Stays, Asks, Leaves, LeavesLate, HalfCloses, SaysNothing, SendsEmpty };
 
-/// With how many of a hundred clients behave so.
+/// How many of a hundred clients behave in each way.
 const struct {
     Manner manner;
     const char* name;
@@ -21,9 +21,8 @@ const struct {
     {SendsEmpty, "sends an empty message", 8},
 };
 
-constexpr int mostClients = 20; // that the listen queue takes
+constexpr int mostClients = 20; // the length of the listen queue
 
-/// The object that a row asks.
 std::string pathOf(const CommandRow& row)
 {
     return row.calls.front().substr(0, row.calls.front().find(' '));
@@ -78,7 +77,7 @@ void Traffic::startPanel(int mostMissing)
     m_missing.clear();
     for (int left = m_random.between(0, mostMissing); left > 0; --left) {
         const std::string path = m_random.pick(objects).first;
-        // The rows' module is at place 1 only while slot 0 has one.
+        // The rows use place 1, which exists only while slot 0 has a module.
         if (path.rfind("/HWPlugin/0", 0) != 0)
             m_missing.insert({path, path + "/Leds", path + "/Sensors"});
         for (const std::string& missing : m_missing)
@@ -113,7 +112,7 @@ void Traffic::someClients()
     for (auto& guest : guests) {
         guest = std::make_unique<Guest>();
         int left = m_random.between(1, 100);
-        // The last client reads its answers; by then all requests have been carried out.
+        // The last client reads its answers, which proves that all requests have been executed.
         if (&guest == &guests.back())
             left = std::min(left, manners[0].weight + manners[1].weight);
         const auto* manner = manners;
@@ -128,7 +127,7 @@ void Traffic::someClients()
     for (auto& guest : guests) {
         const auto more =
             guest->manner == SendsEmpty ? guest->client.receiveBytes(0ms) : std::nullopt;
-        if (more && !more->empty()) // its descriptor may be closed by now
+        if (more && !more->empty()) // the server may already have closed the connection
             m_report.complain("(a client that has sent an empty message)", "nothing", *more);
     }
     checkCalls();
@@ -179,7 +178,7 @@ void Traffic::serve(Guest& guest)
         for (size_t i = 0; i < read; ++i)
             checkAnswer(requests[i], receive(guest.client));
         guest.client.disconnect();
-        // The rest is carried out all the same.
+        // The server executes the rest as well.
         for (size_t i = read; i < requests.size(); ++i)
             carriedOut(requests[i].row);
         break;
@@ -219,7 +218,7 @@ void Traffic::carriedOut(const CommandRow& row)
     ++m_report.requests;
     if (row.calls.empty() || !m_panel || !m_adopted || m_adopted->count(pathOf(row)) != 0)
         return;
-    // When the first call fails, the next is not made.
+    // After a failed query, the guarded write is skipped.
     const bool fails = m_missing.count(pathOf(row)) != 0;
     m_calls.insert(m_calls.end(), row.calls.begin(),
                    fails ? row.calls.begin() + 1 : row.calls.end());
@@ -235,9 +234,9 @@ void Traffic::checkAnswers(Client& client, const std::vector<Request>& requests,
         const CommandRow& row = request.row;
         const std::string answer = receive(client);
         std::string right = expected(row, isUp);
-        if (mayChange && isUp == wasUp && answer != right) { // it has changed by now
+        if (mayChange && isUp == wasUp && answer != right) { // the panel's state has changed
             isUp = !wasUp;
-            // It may have gone between the two calls of a guarded write.
+            // The panel may have gone between the two calls of a guarded write.
             const bool isHalf = wasUp && row.isGuarded() && answer == "0 0";
             right = isHalf ? answer : expected(row, isUp);
         }
@@ -282,7 +281,7 @@ std::string Traffic::receive(Client& client, std::chrono::milliseconds bound)
 {
     std::optional<std::string> answer;
     const auto answeredOrEnded = [&] {
-        // Read on, or the service waits for room in the pipe of its log.
+        // Keep reading, or the service blocks when its log pipe is full.
         service().output();
         service().errors();
         answer = client.receiveBytes(100ms);

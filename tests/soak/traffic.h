@@ -12,11 +12,10 @@
 using Clock = std::chrono::steady_clock;
 using Paths = std::set<std::string>;
 
-/// What may happen to the panel between a request and its answer.
 enum class Meanwhile { Nothing, PanelMayGo, PanelMayAppear };
 
-/// The service, its panel, and clients. Compares every answer, and what the panel was asked, with
-/// the known rows.
+/// The service, its panel, and clients. Compares every answer and every call to the panel with the
+/// known rows.
 class Traffic
 {
 public:
@@ -27,42 +26,40 @@ public:
     Process& service() { return m_server.process(); }
     Random& random() { return m_random; }
 
-    /// Ends the service in order.
+    /// Ends the service with "quit".
     void quit();
-    /// Throws when the service does not end, or not with @p status.
+    /// Throws when the service does not end, or ends with another status.
     void expectEnd(int status);
-    /// Starts the service again.
     void startService();
-    /// Waits until a service that has started has found the panel. What the panel lacks then stays
+    /// Waits until a started service has found the panel. Objects that the panel lacks then stay
     /// missing for this service.
     void waitForAdoption();
 
-    /// Starts a panel in place of the one there was. It lacks up to @p mostMissing random objects.
+    /// Replaces the panel. The new one lacks up to @p mostMissing random objects.
     void startPanel(int mostMissing = 0);
     void endPanel();
     FakePlatform& panel() { return *m_panel; }
 
-    /// Up to @p most times some clients, who come at once and are served in turn.
+    /// Up to @p most rounds of a few clients, which connect at once and are served in turn.
     void someTraffic(int most);
-    /// Every known row, by one client.
+    /// Every known row, from one client.
     void allRows();
 
-    /// Sends @p fewest to @p most requests at once.
     std::vector<Request> send(Client& client, int fewest, int most, bool scans = false);
     void checkAnswers(Client& client, const std::vector<Request>& requests,
                       Meanwhile meanwhile = Meanwhile::Nothing);
     void checkAnswer(const Request& request, const std::string& answer);
-    /// As above, but the answer must be @p right, whatever the panel's state.
+    /// As above, but expects @p right in every state of the panel.
     void checkAnswer(const Request& request, const std::string& answer, const std::string& right);
 
-    /// Compares the panel's calls with those that the requests need whose answers were checked. No
-    /// other request may be on its way.
+    /// Compares the panel's calls with those expected for the checked answers. No other request may
+    /// be pending.
     void checkCalls();
-    /// Starts anew, where it is not known what the panel was asked.
+    /// Discards the expected calls, for when they cannot be known.
     void forgetCalls();
 
-    /// The next answer without its NUL, or a text that says what else came. Throws when the service
-    /// has ended.
+    /// The next answer without its NUL, or a description of anything else received. Throws when the
+    /// service has ended.
     std::string receive(Client& client, std::chrono::milliseconds bound = patience);
 
 private:
@@ -80,6 +77,6 @@ private:
     Server m_server{{"prlimit", "--nofile=64"}};
     std::unique_ptr<FakePlatform> m_panel;
     Paths m_missing;                  ///< objects that the panel lacks
-    std::optional<Paths> m_adopted;   ///< those that it lacked when the service found it
-    std::vector<std::string> m_calls; ///< that the panel must have got
+    std::optional<Paths> m_adopted;   ///< objects missing when the service found the panel
+    std::vector<std::string> m_calls; ///< expected at the panel
 };

@@ -14,7 +14,7 @@ namespace
 int tryConnect(const std::string& path)
 {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    // Connecting waits for room in the listen queue, sending for room in the buffer.
+    // connect() blocks while the listen queue is full, send() while the buffer is.
     const timeval bound = {std::chrono::duration_cast<std::chrono::seconds>(patience).count(), 0};
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &bound, sizeof bound);
     sockaddr_un address = {};

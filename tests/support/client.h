@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-/// A client of a SOCK_SEQPACKET server. Failing to connect throws.
+/// A client of a SOCK_SEQPACKET server. The constructor throws when the connection fails.
 class Client
 {
 public:
@@ -18,16 +18,14 @@ public:
 
     /// Sends exactly these bytes as one message.
     bool sendBytes(const std::string& bytes);
-    /// The same, with descriptors.
     bool sendBytes(std::string bytes, const std::vector<int>& descriptors);
     /// Sends a text with its NUL.
     bool send(const std::string& text) { return sendBytes(text + '\0'); }
-    /// The next message with every byte of it; nothing when none comes in time.
+    /// The next message with every byte of it; nothing when no message arrives in time.
     std::optional<std::string> receiveBytes(std::chrono::milliseconds bound = patience);
-    /// The next message, which must end with its one NUL, without it. Otherwise a text that says
-    /// so.
+    /// The next message without its NUL; a text about the error when there is not exactly one NUL,
+    /// at the end.
     std::string receive(std::chrono::milliseconds bound = patience);
-    /// Sends a request and returns its response.
     std::string request(const std::string& text, std::chrono::milliseconds bound = patience);
     void disconnect();
 
@@ -35,5 +33,5 @@ private:
     int m_fd = -1;
 };
 
-/// True when somebody listens there.
+/// True when a process listens at @p path.
 bool isListening(const std::string& path);

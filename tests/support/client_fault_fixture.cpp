@@ -2,7 +2,7 @@
 
 namespace
 {
-/// Makes the server do everything once that it does lazily, or that makes its heaps grow.
+/// Triggers everything that the server does lazily, and everything that grows its heaps.
 void warmUp()
 {
     {
@@ -14,8 +14,8 @@ void warmUp()
               std::string("a call that fails"), std::string("getSysCounter")})
             client.request(request);
     }
-    Client(serverSocket).send(goodRequest); // gone before its answer
-    // The last message leaves the server's receive buffer as empty as it was at the start.
+    Client(serverSocket).send(goodRequest); // disconnects before the response
+    // The last message empties the server's receive buffer again.
     Client client(serverSocket);
     client.sendBytes(std::string(5000, '\0'));
     client.receive();
@@ -52,6 +52,6 @@ void ClientFault::remember()
 
 void ClientFault::forgetSixteenMore()
 {
-    for (int i = 0; i < 17; ++i) // the last one is forgotten when the next one comes
+    for (int i = 0; i < 17; ++i) // the last one is forgotten when the next connects
         ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer) << i;
 }

@@ -11,11 +11,11 @@ inline const char* const goodRequest = "getBrightness";
 inline const char* const goodAnswer = "0 75";
 
 /**
- * A server with a whole panel behind it, to which a test does something bad. After every test a new
- * client must be served, and the server must hold what it held before.
+ * A server with a whole panel. After every test, a new client must be served and the server must
+ * use no more resources than before.
  *
- * The server has few descriptors, so that it fails when it keeps some. The platform answers
- * goodRequest, 7 to "setVolatileParameter", and what it is given to "setBuzzerMode".
+ * The server may open few descriptors, so it fails when it leaks some. The platform replies to
+ * goodRequest, returns 7 for "setVolatileParameter", and echoes the argument of "setBuzzerMode".
  */
 class ClientFault : public testing::Test
 {
@@ -24,9 +24,9 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    /// Takes what the server holds now as what it must be back at; call it when all is well.
+    /// Records the server's resource use as the reference; call it when all is well.
     void remember();
-    /// Serves so many clients in turn that the server has closed the descriptors of earlier ones.
+    /// Connects so many clients in turn that the server has closed the descriptors of earlier ones.
     void forgetSixteenMore();
 
     PrivateBus bus;

@@ -1,3 +1,3 @@
-/* A library of the platform library's name that has no factory. */
+/* A library with the platform library's name, but without a factory. */
 extern const int ovik_no_factory_here;
 const int ovik_no_factory_here = 1;

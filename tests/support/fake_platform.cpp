@@ -174,7 +174,7 @@ Reply replyEcho()
 int appendDescriptor(sd_bus_message* message)
 {
     const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
-    const int result = sd_bus_message_append(message, "h", fd); // takes a copy
+    const int result = sd_bus_message_append(message, "h", fd); // duplicates fd
     close(fd);
     return result;
 }
@@ -216,7 +216,7 @@ std::map<std::string, std::string> FakePlatform::wholePanel()
 
 namespace
 {
-/// Who had it may have gone without the bus having noticed.
+/// The bus may still list a previous owner that has already gone.
 void own(sd_bus* bus)
 {
     int result = 0;
@@ -242,7 +242,7 @@ FakePlatform::~FakePlatform()
 {
     onThread([this] { m_stop = true; });
     m_thread.join();
-    // Closing alone would leave the bus to find out later: until then the name has an owner.
+    // After a mere close, the name keeps its owner until the bus notices.
     sd_bus_release_name(m_bus, serviceName);
     sd_bus_flush_close_unref(m_bus);
     close(m_wakeup);
@@ -256,7 +256,7 @@ void FakePlatform::run()
         pollfd events[] = {{sd_bus_get_fd(m_bus), POLLIN, 0}, {m_wakeup, POLLIN, 0}};
         events[0].events = static_cast<short>(sd_bus_get_events(m_bus));
         if (m_isFrozen)
-            events[0].fd = -1; // poll() ignores it
+            events[0].fd = -1; // poll() ignores negative descriptors
         poll(events, 2, -1);
         uint64_t ignored;
         (void)!read(m_wakeup, &ignored, sizeof ignored);

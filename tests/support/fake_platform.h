@@ -12,10 +12,10 @@
 #include <thread>
 #include <vector>
 
-/// The values of a message as text, a blank before each, by their types on the wire.
+/// The values of a message as text, each after a blank.
 std::string valuesOf(sd_bus_message* message);
 
-/// What the fake platform answers to a call; the tests make it with the functions below.
+/// How the fake platform replies to a call; the functions below make such replies.
 using Reply = std::function<int(sd_bus_message* call)>;
 
 /// A reply of the given signature; values as for sd_bus_message_append().
@@ -26,56 +26,52 @@ Reply replyWith(const char* signature, Values... values)
         return sd_bus_reply_method_return(call, signature, values...);
     };
 }
-/// A reply of whatever @p fill appends to it.
 Reply replyFilledBy(std::function<void(sd_bus_message*)> fill);
 Reply replyText(const std::string& text);
 Reply replyBytes(const std::string& bytes);
-/// An EEPROM's reply: a result and bytes.
 Reply replyResultAndBytes(int result, const std::string& bytes);
-/// Made on 1.2.26, hardware code 17.3, display 9.
+/// Manufactured on 1.2.26, hardware code 17.3, display 9.
 Reply replySystemInfo(const std::string& serialNo, const std::string& moduleName,
                       const std::string& manufactureCode);
 /// A device of type -2 with 2^40 bytes, 5 of them free, and flags 7.
 Reply replyStorageInfo(const std::string& mountPoint);
-/// A reply of the call's own arguments.
+/// Replies with the call's own arguments.
 Reply replyEcho();
 Reply replyError(const std::string& name);
-/// No reply, ever.
+/// Never replies.
 Reply silence();
-/// Appends a descriptor of its own, of /dev/null.
+/// Appends a new descriptor of /dev/null.
 int appendDescriptor(sd_bus_message* message);
 
 /**
- * The platform's service, made by hand on the bus and without Qt, so that what the product sends is
- * seen by something that shares no code with it.
+ * The platform's service, written with sd-bus instead of Qt, so it shares no code with the product.
  *
- * It runs in a thread of its own. A call is recorded before it is answered.
+ * It runs in a thread of its own, and records each call before it replies.
  */
 class FakePlatform
 {
 public:
-    /// Every object path with its interface: the whole panel with modules in slots 0 and 2.
+    /// Every object path with its interface: a complete panel with modules in slots 0 and 2.
     static std::map<std::string, std::string> wholePanel();
 
     explicit FakePlatform(std::map<std::string, std::string> objects = wholePanel(),
                           bool ownNameAtOnce = true);
     ~FakePlatform();
 
-    /// Sets the answer to "Interface.Member", the interface by its last name component.
+    /// Sets the reply to "Interface.Member"; "Interface" is the last component of its name.
     void answer(const std::string& member, Reply reply);
-    /// Sets the answer to Introspect at a path; overrides what wholePanel() says of it.
+    /// Sets the reply to Introspect at a path; overrides wholePanel().
     void answerIntrospection(const std::string& path, Reply reply);
 
-    /// The calls since the last time this was asked, each as "path interface.member(signature)
-    /// values", without those that only ask what is there.
+    /// The calls since the previous takeCalls(), each as "path interface.member(signature) values";
+    /// without introspection.
     std::vector<std::string> takeCalls();
-    /// How often Introspect was called.
     int introspections() const { return m_introspections; }
     bool waitForCall(const std::string& text);
 
     void emitCommandResult(const std::string& service, const std::string& command,
                            const std::string& json);
-    /// With whatever @p fill appends as its arguments.
+    /// Emits the signal with the arguments that @p fill appends.
     void emitCommandResult(const std::function<void(sd_bus_message*)>& fill);
 
     void ownName();
@@ -96,7 +92,7 @@ private:
     sd_bus* m_bus = nullptr;
     int m_wakeup = -1;
     std::atomic<bool> m_stop{false};
-    bool m_isFrozen = false; ///< read and written on the thread
+    bool m_isFrozen = false; ///< used by the thread only
     std::atomic<int> m_introspections{0};
     std::mutex m_mutex;
     std::map<std::string, Reply> m_answers;

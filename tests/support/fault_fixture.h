@@ -10,14 +10,14 @@
 #include <memory>
 #include <optional>
 
-/// A bus, a platform on which every command works, and the server. The platform may be gone.
+/// A bus, a platform on which every command works, and the server.
 struct FaultPanel {
-    /// @param prefix what to run the server under, as for Server
+    /// @param prefix command to run the server under
     explicit FaultPanel(const std::vector<std::string>& prefix = {});
 
-    /// Ends the platform with whatever it has to answer yet.
+    /// Ends the platform without its pending replies.
     void endPlatform() { platform.reset(); }
-    /// A new one, on which every command works.
+    /// Starts a new platform, on which every command works.
     void startPlatform();
 
     PrivateBus bus;
@@ -25,30 +25,28 @@ struct FaultPanel {
     Server server;
 };
 
-/// The answers to requests that are sent without waiting for them.
+/// Sends all requests before it reads the first answer.
 std::vector<std::string> answersTo(Client& client, const std::vector<std::string>& requests);
 
-/// Fails, and says which, unless every command is answered as its row says.
+/// Fails for each command whose answer differs from its row.
 void expectEveryCommandWorks(Client& client);
 
-/// KiB that a server may keep: an idle one returns free pages every second, but not those that
-/// small blocks in use share.
+/// Memory in KiB that a server may keep. An idle server returns free pages every second, except
+/// pages with small blocks still in use.
 constexpr long usualSlack = 256;
 
-/// Prints a measured value of the test that runs.
+/// Prints a measured value of the current test.
 void figure(const std::string& text);
 
-/// Fails unless @p pid gets back to what it held @p before. Prints what is left as a figure.
+/// Fails unless the resource use of @p pid returns to @p before; prints the difference.
 void expectNothingLeftBehind(pid_t pid, const Footprint& before, long memorySlack = usualSlack);
 
-/// Ends the server as a client does, which is when a sanitized one tells what it has leaked. No
-/// other client may be connected.
+/// Ends the server with "quit", so that a sanitizer reports its leaks. No other client may be
+/// connected.
 void expectGoodEnd(Server& server);
 
-/**
- * One panel for all tests of a suite. Whatever a test does to its platform, after it the server
- * must still run, answer every command rightly and hold no more than before.
- */
+/// One panel for all tests of a suite. After every test the server must still run, answer every
+/// command correctly and use no more resources than before.
 class FaultTest : public testing::Test
 {
 protected:
@@ -57,10 +55,7 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    /**
-     * Makes a fault again and again. What the server holds is measured from the second time on:
-     * the first time may cost what an allocator keeps.
-     */
+    /// Repeats a fault. The first run is not measured, since the allocator may keep memory then.
     void repeat(int times, const std::function<void()>& fault);
 
     std::string newLog() { return panel->server.process().newOutput(); }

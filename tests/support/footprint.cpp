@@ -16,7 +16,7 @@ constexpr bool memoryCounts = false;
 constexpr bool memoryCounts = true;
 #endif
 
-/// The inodes of the sockets that a server's clients are, or were, connected to.
+/// The inodes of the server's sockets for clients, connected or gone.
 std::set<std::string> clientSockets()
 {
     constexpr const char* connected = "03";

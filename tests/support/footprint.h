@@ -4,30 +4,26 @@
 #include <string>
 #include <sys/types.h>
 
-/// What a running process holds.
+/// The resource use of a running process.
 struct Footprint {
-    /// Open descriptors, without those of a server's clients: it keeps a client's descriptor on
-    /// purpose when that has gone.
+    /// Open descriptors without those for a server's clients: the server keeps the descriptor of a
+    /// gone client on purpose.
     int descriptors = 0;
-    /// Of clients, connected or gone.
+    /// For clients, connected or gone.
     int clientDescriptors = 0;
     int threads = 0;
-    /// Memory of its own, in KiB.
+    /// Private memory in KiB.
     long memory = 0;
 };
 
-/// A number of /proc/PID/status, such as that of "VmHWM". Throws when it is not there.
+/// A number of /proc/PID/status, such as "VmHWM". Throws when the field is missing.
 long statusField(pid_t pid, const std::string& name);
 
-/// Throws when there is no such process.
 Footprint footprintOf(pid_t pid);
 
-/**
- * True when there are no more descriptors and threads than @p before, and no more memory but for
- * @p memorySlack KiB, which an allocator needs to settle. Fewer is well: one that was just going
- * may have been counted before. Memory does not count in a sanitized build: a sanitizer keeps what
- * is freed for a while.
- */
+/// True when @p now has at most the descriptors and threads of @p before, and at most @p
+/// memorySlack KiB more memory. @p before may count a descriptor or thread that was about to go, so
+/// fewer are fine. A sanitizer delays freeing, so memory is ignored in a sanitized build.
 bool isBackAt(const Footprint& before, const Footprint& now, long memorySlack);
 
 std::ostream& operator<<(std::ostream& out, const Footprint& footprint);

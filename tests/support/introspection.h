@@ -15,8 +15,8 @@ struct Interface {
 /// The interfaces that an introspection text declares.
 std::map<std::string, Interface> introspected(const std::string& xml);
 
-/// Those of the platform's introspection file of that name, which should be the one.
+/// The interfaces of one of the platform's introspection files; it should declare only one.
 std::map<std::string, Interface> introspectedFile(const std::string& interface);
 
-/// The names of all the platform's interface files, in alphabetical order.
+/// The names of all the platform's interface files, sorted.
 std::vector<std::string> interfaceNames();

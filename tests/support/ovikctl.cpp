@@ -20,8 +20,8 @@ Ran runWords(const Words& words)
     const Ran ran = runOnce(words);
     if (ran.status != -1 || !isEmulated)
         return ran;
-    // An emulator was seen to hang before its program said anything, and in a test that never did
-    // so natively. A program that hangs by itself does so again.
+    // The emulator sometimes hangs before the program prints anything; the same test never hung
+    // natively. A program with a real bug hangs in the second run too.
     puts("it did not end under emulation: once more");
     return runOnce(words);
 }

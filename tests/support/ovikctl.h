@@ -9,26 +9,24 @@
 
 using Words = std::vector<std::string>;
 
-/// What a run of ovikctl leaves behind.
 struct Ran {
     int status;
     std::string output;
     std::string errors;
 };
 
-/// The words that start it.
+/// The command line of ovikctl, under the emulator where one is needed.
 Words ovikctl(const Words& arguments);
-/// Runs it until its end.
+/// Runs ovikctl and waits for its end.
 Ran run(const Words& arguments, const Words& prefix = {});
-/// Runs it with that text as its standard input.
 Ran runWithInput(const std::string& input, const Words& arguments);
 
-/// What to run a program under so that it may not use what a mode forbids, even as root.
+/// Prefix that drops root's right to ignore file modes.
 Words withoutPrivilege();
 
-/// A user that nobody here is. Only root can use it.
+/// A user id without an account. Only root can switch to it.
 inline constexpr uid_t otherUser = 4242;
-/// What to run a program under as that user; it may still read what a mode forbids.
+/// Prefix that runs a program as otherUser; the program may still ignore file modes.
 Words asOtherUser();
-/// A peer that this process made as that user: the kernel says so to its clients.
+/// A peer whose socket belongs to @p user: its clients see that user in SO_PEERCRED.
 std::unique_ptr<ScriptedPeer> peerOf(uid_t user, std::function<void(ScriptedPeer&)> script);

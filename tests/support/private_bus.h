@@ -4,7 +4,7 @@
 
 #include <memory>
 
-/// A bus daemon of type system of the test's own. While it lives, it is this process's system bus.
+/// A private bus daemon of type system. During its lifetime it is this process's system bus.
 class PrivateBus
 {
 public:
@@ -13,11 +13,10 @@ public:
 
     const std::string& address() const { return m_address; }
 
-    /// Ends the daemon; the address stays.
+    /// Stops the daemon; the address remains valid for start().
     void stop() { m_daemon.reset(); }
-    /// Sends the daemon a signal, such as the one that freezes it.
     void signal(int number) { m_daemon->signal(number); }
-    /// Starts the daemon again, at the same address.
+    /// Starts the daemon again at the same address.
     void start();
 
 private:

@@ -17,7 +17,7 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
     const auto deadline = std::chrono::steady_clock::now() + bound;
     for (;;) {
         const bool isLast =
-            std::chrono::steady_clock::now() > deadline; // starved meanwhile, it looks again
+            std::chrono::steady_clock::now() > deadline; // check once more after starvation
         if (condition())
             return true;
         if (isLast)
@@ -110,8 +110,8 @@ Process::Process(const std::vector<std::string>& command,
     const ProgramStart program(command, environment);
     m_pid = fork();
     if (m_pid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no child behind
-        ::signal(SIGPIPE, SIG_DFL);       // whatever this program was started with
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // a crashed test leaves no child behind
+        ::signal(SIGPIPE, SIG_DFL);       // the parent may ignore it
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
         program.execute();
@@ -190,7 +190,7 @@ bool Process::running()
 
 int Process::wait(std::chrono::milliseconds bound)
 {
-    // Reading on keeps the child from waiting for room in a pipe.
+    // Keep reading, or the child could block on a full pipe.
     return waitUntil([&] { return output(), errors(), !running(); }, bound) ? m_status : -1;
 }
 

@@ -9,19 +9,19 @@
 
 using namespace std::chrono_literals;
 
-/// Multiplies how long the tests wait at most: more than 1 under emulation. A bound that tells two
-/// of the program's own times apart stays what it is.
+/// Multiplies the longest waits of the tests: more than 1 under emulation. Bounds that distinguish
+/// two of the program's own times are not multiplied.
 constexpr int patienceFactor = OVIK_TEST_PATIENCE_FACTOR;
 
-/// The bound of every wait of the tests. An event that is due is waited for, never slept for.
+/// The bound of every wait. Tests wait for an event and never sleep in its place.
 constexpr std::chrono::milliseconds patience = patienceFactor * 20s;
 
-/// Polls @p condition until it holds; false when it does not within @p bound.
+/// Polls @p condition; false when it is not met within @p bound.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds bound = patience);
 
 double millisecondsSince(std::chrono::steady_clock::time_point start);
 
-/// A directory of its own under /tmp, removed with everything in it.
+/// A new directory under /tmp, removed with its contents.
 class TempDir
 {
 public:
@@ -36,7 +36,7 @@ private:
     std::string m_path;
 };
 
-/// A variable of the environment for as long as a scope lasts.
+/// Sets an environment variable for a scope.
 class Variable
 {
 public:
@@ -52,23 +52,22 @@ private:
     const char* m_name;
 };
 
-/// The words that start a program of this build: under the emulator, when it is for another
+/// The command line of a program of this build; under the emulator when it is built for another
 /// machine.
 std::vector<std::string> commandOf(const std::string& path,
                                    const std::vector<std::string>& arguments = {});
 
-/// A program's words and environment, made up before a fork: behind one, a process that had several
-/// threads cannot rely on memory being given out.
+/// A program's arguments and environment, prepared before fork(): after a fork of a multithreaded
+/// process, allocating memory is unsafe.
 class ProgramStart
 {
 public:
-    /// @p environment adds to this program's, of which is left out what changes the words that
-    /// others say.
+    /// @p environment is added to this program's, without the variables that translate messages.
     ProgramStart(std::vector<std::string> command, const std::vector<std::string>& environment);
     ProgramStart(const ProgramStart&) = delete;
     ProgramStart& operator=(const ProgramStart&) = delete;
 
-    /// Replaces the calling process. Exit status 127: there is no such program.
+    /// Replaces the calling process; exit status 127 when the program cannot be started.
     [[noreturn]] void execute() const;
 
 private:
@@ -78,7 +77,7 @@ private:
     std::vector<char*> m_envp;
 };
 
-/// A child process whose standard output and error are collected. It ends with this object.
+/// A child process with its standard output and error; ended by the destructor.
 class Process
 {
 public:
@@ -90,24 +89,23 @@ public:
 
     pid_t pid() const { return m_pid; }
 
-    /// Standard output so far: everything that was written before this call.
+    /// Everything written to standard output before this call.
     const std::string& output();
-    /// Standard error so far.
     const std::string& errors();
-    /// Standard output since the last call of this function.
+    /// Standard output since the previous call of newOutput().
     std::string newOutput();
 
-    /// Reads no more: whatever it writes from now on is refused.
+    /// Closes the reading end: all later writes of the child fail.
     void closeOutput();
 
     bool waitForOutput(const std::string& text, std::chrono::milliseconds bound = patience);
     bool waitForErrors(const std::string& text, std::chrono::milliseconds bound = patience);
 
     bool running();
-    /// Waits for the end; the exit status, or 128 + the signal, or -1 when it does not end in time.
+    /// Waits for the end. @return the exit status, 128 + the signal, or -1 on time-out
     int wait(std::chrono::milliseconds bound = patience);
     void signal(int number);
-    /// Ends it, gently at first.
+    /// Ends the process: SIGTERM first.
     void stop();
 
 private:

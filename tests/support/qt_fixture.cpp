@@ -21,7 +21,7 @@ void keepWarning(QtMsgType, const QMessageLogContext&, const QString& text)
 }
 } // namespace
 
-/// In place of the library's own, which discards the texts.
+/// Replaces the library's own function, which discards the texts.
 void logOVIKErrors(char* err)
 {
     const std::lock_guard lock(mutex);

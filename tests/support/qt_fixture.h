@@ -8,18 +8,18 @@
 #include <string>
 #include <vector>
 
-/// One bus for the whole program, as Qt keeps the first connection to the system bus.
+/// One bus for the whole program, since Qt never drops its first system bus connection.
 PrivateBus& theBus();
 
-/// Qt's warnings since this was last asked.
+/// Qt's warnings since the previous call.
 std::vector<std::string> takeWarnings();
 
-/// The texts given to logOVIKErrors() since this was last asked.
+/// The texts passed to logOVIKErrors() since the previous call.
 std::vector<std::string> takeDiagnostics();
 
-/// Runs the event loop of the calling thread until @p condition holds.
+/// Runs the event loop of the calling thread until @p condition is met.
 bool spinUntil(const std::function<bool()>& condition);
 
-/// To be called before an application ends: Qt frees what a new connection waits with in the next
-/// turn of the loop, and loses it when there is none.
+/// Call this before an application ends: Qt frees some memory of a new connection in the next turn
+/// of the loop, and leaks it without one.
 void settle();

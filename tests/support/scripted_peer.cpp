@@ -16,7 +16,7 @@ ScriptedPeer::ScriptedPeer(std::function<void(ScriptedPeer&)> script, int type, 
         listen(m_listening, backlog) == -1)
         throw std::runtime_error("cannot listen at " + m_path);
     m_thread = std::thread([this, script = std::move(script)] {
-        // Signals are for the thread that tests the client.
+        // The testing thread handles all signals.
         sigset_t all;
         sigfillset(&all);
         pthread_sigmask(SIG_BLOCK, &all, nullptr);

@@ -7,28 +7,26 @@
 #include <sys/socket.h>
 #include <thread>
 
-/// Listens in place of the service and does what a test says, in a thread of its own.
+/// A fake service: listens on a socket and runs a test's script in a thread of its own.
 class ScriptedPeer
 {
 public:
-    /// @param script runs once; when it returns, no further client is accepted
+    /// @param script runs once; after its end, no further client is accepted
     /// @param backlog as for listen()
     explicit ScriptedPeer(std::function<void(ScriptedPeer&)> script, int type = SOCK_SEQPACKET,
                           int backlog = 20);
-    /// Waits for the script's end.
+    /// Waits for the end of the script.
     ~ScriptedPeer();
     ScriptedPeer(const ScriptedPeer&) = delete;
     ScriptedPeer& operator=(const ScriptedPeer&) = delete;
 
     const std::string& path() const { return m_path; }
 
-    // For the script:
-
-    /// Takes the next client instead of the one before, which is disconnected.
+    /// Accepts the next client and closes the connection to the previous one.
     void accept();
     /// The next message with every byte of it; "" when the client has disconnected.
     std::string receive();
-    /// Waits for room. False when the client has disconnected.
+    /// Blocks while the buffer is full. False when the client has disconnected.
     bool send(const std::string& bytes);
     bool answer(const std::string& text) { return send(text + '\0'); }
     void disconnect();

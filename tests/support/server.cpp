@@ -12,7 +12,7 @@ ServerLock::ServerLock() : ServerLock("/tmp/ovik_server.test-" + std::to_string(
 
 ServerLock::ServerLock(const std::string& folder)
 {
-    mkdir(folder.c_str(), 0700); // when it is missing
+    mkdir(folder.c_str(), 0700);
     m_fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     struct stat status = {};
     if (m_fd == -1 || fstat(m_fd, &status) != 0 || status.st_uid != getuid() ||
@@ -56,6 +56,6 @@ void Server::start()
 
 bool Server::waitForPlatform()
 {
-    // Without a backend every request is answered -1.
+    // Without a backend, the server answers every request with -1.
     return waitUntil([] { return Client(serverSocket).request("getBrightness") != "-1"; });
 }

@@ -5,16 +5,16 @@
 
 #include <memory>
 
-/// The path is part of the system, so only one server can run on a machine.
+/// The fixed socket path allows only one server on a machine.
 inline const char* const serverSocket = "/tmp/ovik_server.socket";
 
-/// While it lives, no other test of this user's starts a server; waits for its turn. It is a folder
-/// that only this user can write to: a file in /tmp could be a stranger's link to another file.
+/// Lets one server test of this user run at a time. The lock is a folder that only this user can
+/// write to: another user could have put a symbolic link in place of a file.
 class ServerLock
 {
 public:
     ServerLock();
-    /// Throws when the folder is a link, or others can write to it.
+    /// Throws when the folder is a link, or when others can write to it.
     explicit ServerLock(const std::string& folder);
     ~ServerLock();
     ServerLock(const ServerLock&) = delete;
@@ -24,16 +24,16 @@ private:
     int m_fd;
 };
 
-/// The real program, alone on the machine. Throws when somebody else's server holds the socket.
+/// The real server. Throws when another process already listens at the socket.
 class Server
 {
 public:
-    /// @param prefix what to run it under, e.g. {"prlimit", "--nofile=64"}
+    /// @param prefix command to run the server under, e.g. {"prlimit", "--nofile=64"}
     explicit Server(const std::vector<std::string>& prefix = {});
-    /// Ends it and removes the socket file that it may have left behind.
+    /// Ends the server and removes its socket file.
     ~Server();
 
-    /// Starts it again after it has ended; returns when it listens.
+    /// Starts the server again after its end; returns when it listens.
     void start();
 
     Process& process() { return *m_process; }

@@ -20,7 +20,7 @@ Terminal::Terminal(const std::vector<std::string>& command,
     size.ws_col = 100;
     m_pid = forkpty(&m_master, nullptr, nullptr, &size);
     if (m_pid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that crashes leaves no child behind
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // a crashed test leaves no child behind
         program.execute();
     }
     if (m_pid == -1)
@@ -73,7 +73,7 @@ int Terminal::wait()
 {
     int status = 0;
     const bool ended = waitUntil([&] {
-        screen(); // a terminal that is full stops its program
+        screen(); // a full terminal blocks the program
         return m_pid == -1 || waitpid(m_pid, &status, WNOHANG) == m_pid;
     });
     if (!ended)

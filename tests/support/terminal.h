@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// A program at a terminal of its own, which is typed at. It ends with this object.
+/// A program at a pseudoterminal, which a test types at; ended by the destructor.
 class Terminal
 {
 public:
@@ -18,14 +18,14 @@ public:
     pid_t pid() const { return m_pid; }
 
     void type(const std::string& keys);
-    /// Waits until it shows that text behind what was waited for before.
+    /// Waits until the program prints @p text after the previous match.
     bool shows(const std::string& text);
-    /// All that it has shown.
+    /// Everything printed so far.
     const std::string& screen();
-    /// True while what is typed is taken line by line and echoed, as a shell wants it.
+    /// True while the terminal is in line mode with echo, as a shell needs it.
     bool isPlain() const;
 
-    /// Waits for the end; the exit status, or 128 + the signal, or -1 when it does not end in time.
+    /// Waits for the end. @return the exit status, 128 + the signal, or -1 on time-out
     int wait();
 
 private:
