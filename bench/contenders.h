@@ -20,22 +20,22 @@ public:
     ServiceClient(const ServiceClient&) = delete;
     ServiceClient& operator=(const ServiceClient&) = delete;
 
-    /// Sends @p requests back to back. Throws unless every answer has the status.
+    /// Sends @p requests back to back. Throws unless every answer has @p status.
     void batch(const std::vector<const char*>& requests, int status = OVIK_OK);
 
 private:
     ovik_client* m_client;
 };
 
-/// Sends so many equal requests in one batch.
+/// Sends @p count equal requests in one batch.
 Contender batch(ServiceClient& client, const char* request, int count, int status = OVIK_OK);
 
-/// A Qt program that calls the platform itself: blocking calls with generated clients.
+/// A Qt program that calls the platform directly: blocking calls with generated clients.
 class DirectProgram
 {
 public:
     void getBrightness();
-    /// The calls of getBrightness, getBuzzerMode, getSysCounter and getAvailableMemory.
+    /// Calls getBrightness, getBuzzerMode, getSysCounter and getAvailableMemory.
     void readFour();
 
 private:
@@ -47,5 +47,5 @@ private:
     ComWenuOVIKSysStatInterface m_sysStat{m_service, "/SysStat", m_bus};
 };
 
-/// getBrightness as a script does it: a busctl process.
+/// Runs getBrightness as a script would: one busctl process.
 void runBusctl();

@@ -1,4 +1,4 @@
-// Measures what the service costs in comparison with its alternatives; see bench.sh.
+// Compares the cost of the service with its alternatives; see bench.sh.
 
 #include "bench/measurements.h"
 #include "tests/support/private_bus.h"

@@ -1,6 +1,5 @@
-// Times a C function on its way to the application thread and back, without a backend, and a plain
-// blocking queued invocation. ovik_bench_bridge ROUNDS CALLS: prints per round the ns that one call
-// of each took.
+// ovik_bench_bridge ROUNDS CALLS: compares a C function, run on the application thread without a
+// backend, with a plain blocking queued invocation. Prints the ns per call of both in each round.
 
 #include "bench/timing.h"
 #include "wrapper_ovik/ovik_c.h"
@@ -31,8 +30,8 @@ void check(int status)
 
 int main(int argc, char* argv[])
 {
-    // Waking a thread on an idle processor takes several times as long as on the same one. So where
-    // the threads happen to run would decide the times.
+    // Waking a thread on an idle processor takes several times as long as on the same processor, so
+    // without pinning the scheduler would decide the times.
     cpu_set_t processor;
     CPU_ZERO(&processor);
     CPU_SET(static_cast<size_t>(sched_getcpu()), &processor);

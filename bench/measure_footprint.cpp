@@ -8,8 +8,8 @@
 
 namespace
 {
-/// A line of /proc/PID/smaps_rollup, in KiB: "Rss:", or "Private_Dirty:" for the memory that only
-/// this process has and has written.
+/// A line of /proc/PID/smaps_rollup, in KiB: "Rss:", or "Private_Dirty:" for written memory that is
+/// not shared.
 double memoryOf(pid_t pid, const std::string& line)
 {
     std::ifstream rollup("/proc/" + std::to_string(pid) + "/smaps_rollup");
@@ -21,7 +21,7 @@ double memoryOf(pid_t pid, const std::string& line)
     throw std::runtime_error("cannot read the memory of process " + std::to_string(pid));
 }
 
-/// Of all its threads, in ns.
+/// Processor time of all threads, in ns.
 double processorTimeOf(pid_t pid)
 {
     clockid_t clock;
@@ -49,10 +49,10 @@ void measureMemory(Report& report, const Effort& effort)
     };
     row("resident memory, two of four slots empty", "0,2");
     row("resident memory, a module in each slot", "0,1,2,3");
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1); // each PrivateBus has replaced it
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1); // each PrivateBus replaces the variable
 }
 
-/// The share of one core that a process takes, in %.
+/// A process's share of one core, in %.
 double processorShareOf(pid_t pid, std::chrono::seconds time)
 {
     const double before = processorTimeOf(pid);
@@ -101,9 +101,9 @@ void measureGrowth(Report& report, const Effort& effort)
     Samples privateMemory, resident, batches, singles;
     for (int done = chunk; done <= total; done += chunk) {
         // The first and the last requests are minutes apart, and the machine may slow down
-        // meanwhile. So each time is divided by that of direct calls made at the same moment.
+        // meanwhile, so each time is divided by that of direct calls at the same moment.
         const double batchTime = many();
-        // Some single requests come in time before an idle sleep: count the slowest of five.
+        // A request that arrives just before an idle sleep does not wait: use the slowest of five.
         const double slowest = quantile(alternate(5, {single}).front(), 1);
         const double callTime = call();
         batches.push_back(batchTime / callTime);

@@ -6,7 +6,7 @@
 
 namespace
 {
-/// minimal_server.cpp, at a socket of its own.
+/// Runs minimal_server.cpp on a socket of its own.
 struct MinimalServer {
     explicit MinimalServer(const std::string& mode)
         : process({OVIK_BENCH_MINIMAL_SERVER_PATH, path, mode}, "ready")
@@ -79,7 +79,7 @@ void measureLatency(Report& report, const Effort& effort)
 void measureUnknownWord(Report& report, const Effort& effort)
 {
     constexpr int count = 20000;
-    // An unknown word that reads as its own answer. So the same client code talks to both servers.
+    // An unknown word equal to its response, so the same client code works with both servers.
     constexpr const char* word = "-8";
     const MinimalServer minimal("echo");
     ServiceClient service;
@@ -90,7 +90,7 @@ void measureUnknownWord(Report& report, const Effort& effort)
                quotients(took[1], took[0]), rates(took[0], took[1]), {Goal::AtLeast, 0.5});
 }
 
-/// Sends so many requests, of which at most @p underWay are unanswered at any time.
+/// Sends @p count requests, with at most @p underWay unanswered at any time.
 void sendAhead(int sock, int count, int underWay)
 {
     constexpr char request[] = "getBrightness";
@@ -112,7 +112,7 @@ void plotRateByRequestsUnderWay(const Report& report, const Effort& effort)
     for (const int underWay : {1, 2, 4, 8, 16, 32, 64}) {
         const Client client(serverSocket);
         DirectProgram direct;
-        // A single request waits for an idle sleep.
+        // A single request waits for an idle sleep, so fewer are enough.
         const int count = underWay == 1 ? 20 : 1000;
         const auto took = alternate(effort.rounds(15),
                                     {timed(count, [&] { sendAhead(client.fd(), count, underWay); }),

@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-/// How long the service sleeps when no request waits, in ns.
+/// Length of the service's idle sleep in ns.
 inline constexpr double idleSleep = 10e6;
 
 /// A quick run has a fifth of the rounds.
@@ -14,14 +14,14 @@ struct Effort {
     int rounds(int full) const { return quick ? (full + 4) / 5 : full; }
 };
 
-// Each writes its rows of the table. The simulated panel runs on this process's system bus.
+// Each function adds its rows to the table. The simulated panel must run on the system bus.
 void measureRequests(Report& report, const Effort& effort);
 void measureBridge(Report& report, const Effort& effort);
 void measureStart(Report& report, const Effort& effort);
 void measureFootprint(Report& report, const Effort& effort);
 void measureGrowth(Report& report, const Effort& effort);
 
-/// A program that has printed @p ready.
+/// A started program; the constructor returns when the program has printed @p ready.
 struct ReadyProcess : Process {
     ReadyProcess(const std::vector<std::string>& command, const std::string& ready)
         : Process(command)
@@ -31,7 +31,7 @@ struct ReadyProcess : Process {
     }
 };
 
-/// The simulated panel with plug-in modules in these slots, such as "0,2".
+/// The simulated panel; @p modules lists the occupied plug-in slots, such as "0,2".
 struct ReadyPanel : ReadyProcess {
     explicit ReadyPanel(const std::string& modules)
         : ReadyProcess({OVIK_PANEL_SIM_PATH, "--slots", modules}, "ovik_panel_sim: ready")
@@ -39,7 +39,7 @@ struct ReadyPanel : ReadyProcess {
     }
 };
 
-/// The service, after its first answer from the platform.
+/// The service; the constructor returns after the first answer from the platform.
 struct ReadyServer : Server {
     ReadyServer()
     {

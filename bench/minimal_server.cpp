@@ -1,5 +1,5 @@
-// Minimal servers of the same kind as the service: a thread serves one client after the other,
-// until the program is killed.
+// Minimal servers of the same kind as the service: a thread serves one client after the other until
+// the program is killed.
 //   minimal_server SOCKET echo        sends each message back
 //   minimal_server SOCKET brightness  answers each message with the brightness, which the
 //                                     application thread reads from the platform

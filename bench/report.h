@@ -5,13 +5,13 @@
 #include <fstream>
 #include <string>
 
-/// The bound that a ratio has to meet.
+/// The limit for a ratio.
 struct Goal {
     enum Kind { None, AtLeast, AtMost } kind = None;
     double bound = 0;
 };
 
-/// Writes the table of ratios, to standard output and to table.md, and the files of points to plot.
+/// Writes the table of ratios to standard output and to table.md, and the data files for the plots.
 class Report
 {
 public:
@@ -26,7 +26,7 @@ public:
     void row(const std::string& what, const std::string& comparedWith, const Samples& ratios,
              const std::string& values, const Goal& goal = {});
 
-    /// A file of points for bench/plots.gp.
+    /// A data file for bench/plots.gp.
     std::ofstream points(const std::string& name) const;
 
 private:
@@ -34,11 +34,11 @@ private:
     std::ofstream m_table;
 };
 
-/// "12.3 us / 45.6 us", of the medians.
+/// "12.3 us / 45.6 us", from the medians.
 std::string durations(const Samples& ours, const Samples& others);
-/// "123/s / 456/s", of the medians of the ns that one operation took.
+/// "123/s / 456/s", from the medians of the ns per operation.
 std::string rates(const Samples& ours, const Samples& others);
-/// "123 / 456 KiB", of the medians.
+/// "123 / 456 KiB", from the medians.
 std::string kibibytes(const Samples& ours, const Samples& others);
-/// As printf().
+/// Formats like printf().
 std::string format(const char* form, ...) __attribute__((format(printf, 1, 2)));

@@ -6,24 +6,23 @@
 /// One figure per round.
 using Samples = std::vector<double>;
 
-/// The value below which a share of @p samples lies: 0.5 for the median. Throws when there are
-/// none.
+/// The value below which @p share of @p samples lie: 0.5 for the median. Throws without samples.
 double quantile(Samples samples, double share);
 inline double median(const Samples& samples) { return quantile(samples, 0.5); }
 
-/// Divides round by round, because both sides of a round were slowed down alike.
+/// Divides round by round, since a slow phase of the machine affects both sides of a round.
 Samples quotients(const Samples& numerators, const Samples& denominators);
 
-/// Does some work and returns the ns that one operation took.
+/// Does some work. @return the ns per operation
 using Contender = std::function<double()>;
 
-/// A contender whose @p work does so many operations.
+/// A contender; each call of @p work does @p operations operations.
 Contender timed(int operations, const std::function<void()>& work);
-/// A contender that does @p operation so many times.
+/// A contender that repeats @p operation.
 Contender repeated(int times, const std::function<void()>& operation);
 
-/// Runs each of @p contenders once per round; each round begins with another one. The first round
-/// is no warm-up: one cold round of many hardly changes the median.
+/// Runs each contender once per round; a different one starts each round. There is no warm-up
+/// round, since one cold round of many hardly changes the median.
 std::vector<Samples> alternate(int rounds, const std::vector<Contender>& contenders);
 
 /// The monotonic clock in ns.
