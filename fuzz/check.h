@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-/// Ends the program, which counts as a finding.
+/// Aborts the program, which the fuzzer counts as a finding.
 [[noreturn]] inline void fail(const std::string& what)
 {
     fprintf(stderr, "NOT AS PROMISED: %s\n", what.c_str());

@@ -15,7 +15,7 @@ namespace
 constexpr size_t requestSize = 5000;
 constexpr size_t responseSize = 10000;
 
-/// A directory for the life of the process, as no other place is sure to be free.
+/// A directory for the lifetime of the process; a fixed path could be in use.
 class SocketPlace
 {
 public:
@@ -41,10 +41,10 @@ const std::string& socketPath()
     return place.path();
 }
 
-/// The row of a request that is understood.
+/// The row of a valid request; otherwise null.
 const Command* understood(std::string text)
 {
-    const std::string byteOrderMark = "\xEF\xBB\xBF"; // Qt's UTF-8 decoder passes over it
+    const std::string byteOrderMark = "\xEF\xBB\xBF"; // Qt's UTF-8 decoder skips it
     if (text.rfind(byteOrderMark, 0) == 0)
         text.erase(0, byteOrderMark.size());
     const std::string word = text.substr(0, text.find(';'));
@@ -54,7 +54,7 @@ const Command* understood(std::string text)
     return row != commandTable.end() && separators >= row->argumentCount() ? &*row : nullptr;
 }
 
-/// Takes a decimal number off the front of @p text.
+/// Removes a decimal number from the start of @p text.
 bool takeNumber(std::string& text, bool mayBeNegative)
 {
     const size_t sign = mayBeNegative && text.rfind('-', 0) == 0;
@@ -65,7 +65,7 @@ bool takeNumber(std::string& text, bool mayBeNegative)
     return true;
 }
 
-/// "01,AB,00"
+/// True for text like "01,AB,00".
 bool areBytes(const std::string& text)
 {
     for (size_t i = 0; i < text.size(); ++i) {
@@ -76,7 +76,7 @@ bool areBytes(const std::string& text)
     return text.size() % 3 == 2;
 }
 
-/// Whether @p text, what follows the status of a success, has the form of the command's answers.
+/// True when @p text, the rest of a success response after the status, has the command's form.
 bool hasShape(Shape shape, std::string text)
 {
     if (shape == Shape::Status || (shape == Shape::Bytes && text.empty()))

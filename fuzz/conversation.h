@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// What came of one message.
+/// The result of one message.
 struct Exchange {
     const Command* command = nullptr; ///< null for a request that must be refused
     std::string response;             ///< without its NUL
@@ -13,9 +13,9 @@ struct Exchange {
 };
 
 /**
- * A new server on a socket of its own and its one client.
+ * A new server on a socket of its own, and its only client.
  *
- * What every response must be like, whatever is behind the C API, is checked here.
+ * Checks the rules that every response must meet, whatever the C API returns.
  */
 class Conversation
 {
@@ -27,7 +27,7 @@ public:
 
     bool isOver() const { return m_server.isQuit(); }
 
-    /// An empty message ends a connection: the client comes back, and there is no response.
+    /// An empty message ends the connection: the client reconnects, and there is no response.
     Exchange send(const std::string& message);
 
 private:
@@ -36,6 +36,6 @@ private:
 
     OvikServer m_server;
     int m_client = -1;
-    /// The server's buffer, as it must look from its own rules.
+    /// The expected contents of the server's buffer.
     std::string m_buffer;
 };

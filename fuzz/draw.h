@@ -6,10 +6,10 @@
 #include <iterator>
 #include <string>
 
-// What the stand-ins answer, drawn from the end of the input. An input that is used up draws the
-// first choice of each, so that a seed needs to say requests only.
+// Values for the fakes, generated from the end of the input. After the end of the input, each
+// function returns its first choice, so a seed may consist of requests only.
 
-/// Often a success, sometimes a failure, and now and then a number that is no status.
+/// Mostly success, sometimes failure, rarely a number that is no status.
 inline int drawStatus(FuzzedDataProvider& input)
 {
     const int choice = input.ConsumeIntegralInRange(0, 31);
@@ -18,7 +18,7 @@ inline int drawStatus(FuzzedDataProvider& input)
     return choice < 31 ? -input.ConsumeIntegralInRange(1, 12) : input.ConsumeIntegral<int>();
 }
 
-/// The mode in which a plug-in point may be set, and numbers at the limits.
+/// The mode in which a plug-in point may be set, or an extreme number.
 inline int drawNumber(FuzzedDataProvider& input)
 {
     constexpr int choices[] = {2, 0, 1, -1, INT_MAX, INT_MIN};
@@ -26,8 +26,8 @@ inline int drawNumber(FuzzedDataProvider& input)
     return choice < std::size(choices) ? choices[choice] : input.ConsumeIntegral<int>();
 }
 
-/// At most @p most bytes: four of the input over and over again, so that a small input has large
-/// answers. None of them is NUL if that is not wanted.
+/// At most @p most bytes, without NUL unless @p withNul. Four bytes of the input repeat, so that a
+/// small input can produce large answers.
 inline std::string drawBytes(FuzzedDataProvider& input, size_t most, bool withNul)
 {
     const bool whole = input.ConsumeIntegralInRange(0, 3) == 1;

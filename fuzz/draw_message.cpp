@@ -7,7 +7,7 @@ namespace
 const std::string basicTypes = "ybnqiuxtdsog";
 constexpr int deepest = 4;
 
-/// The end of the complete type that starts at @p start; 0 when there is none.
+/// The end of the complete type that starts at @p start; 0 for an invalid one.
 size_t endOfType(const std::string& signature, size_t start)
 {
     if (start >= signature.size())
@@ -34,7 +34,7 @@ size_t endOfType(const std::string& signature, size_t start)
 
 bool isSignature(const std::string& signature)
 {
-    constexpr size_t longest = 255; // of the values of one message
+    constexpr size_t longest = 255; // limit of D-Bus
     if (signature.size() > longest)
         return false;
     size_t end = 0;
@@ -78,7 +78,7 @@ std::string drawType(FuzzedDataProvider& input, int depth = 0)
 template <class Number>
 bool appendNumber(FuzzedDataProvider& input, sd_bus_message* message, char type)
 {
-    // Those of a double as well: any bits are one.
+    // Also for a double: every bit pattern is valid.
     const auto number = input.ConsumeIntegral<Number>();
     return sd_bus_message_append_basic(message, type, &number) >= 0;
 }
@@ -93,7 +93,7 @@ bool appendContainer(FuzzedDataProvider& input, sd_bus_message* message, char ki
         return false;
     for (; count > 0; --count) {
         for (size_t start = 0, end = 0; start < contents.size(); start = end) {
-            // The entries of a dictionary are its only contents, and are no complete type.
+            // A dictionary entry is the array's only content, and not a complete type by itself.
             end = contents[0] == '{' ? contents.size() : endOfType(contents, start);
             if (!appendOne(input, message, contents.substr(start, end - start), depth + 1))
                 return false;
@@ -140,7 +140,7 @@ bool appendOne(FuzzedDataProvider& input, sd_bus_message* message, const std::st
         return appendContainer(input, message, 'e', type.substr(1, type.size() - 2), 1, depth);
     case 'a': {
         if (type == "ay") {
-            // Lengths at which something ends: those of the records' fields and of a request.
+            // Around the sizes of the records' fields and of a request.
             constexpr size_t most[] = {300, 6, 21, 201, 3333, 70000};
             const size_t choice = input.ConsumeIntegralInRange<size_t>(0, std::size(most) - 1);
             const std::string bytes = drawBytes(input, most[choice], true);

@@ -1,7 +1,7 @@
-// The socket server over the real C API, application thread and backends: the D-Bus backend with a
-// platform, and the in-process backend with a library, that answer as the input says.
+// Fuzzes the socket server with the real C API, application thread and backends. The platform of
+// the D-Bus backend and the library of the in-process backend answer from the input.
 //
-// An input is requests, each ended as ConsumeRandomLengthString() does, and then what is drawn.
+// An input is requests in the form for ConsumeRandomLengthString(), then data for the answers.
 
 #include "fuzz/check.h"
 #include "fuzz/conversation.h"
@@ -30,7 +30,7 @@ void drawFrom(FuzzedDataProvider* input)
     libraryInput = input;
 }
 
-/// Now and then another backend.
+/// Sometimes selects another backend.
 void drawMode(FuzzedDataProvider& input)
 {
     const int choice = input.ConsumeIntegralInRange(0, 15);
@@ -50,20 +50,20 @@ void converse(FuzzedDataProvider& input)
         drawMode(input);
         const std::string message = input.ConsumeRandomLengthString(longestMessage);
         if (message.empty())
-            continue; // each would leave a descriptor open, as promised
+            continue; // leaves a descriptor open by design
         check(statuses.count(conversation.send(message).status) == 1,
               "the status is one of those promised");
     }
 }
 
-/// Nothing of this input reaches the next one.
+/// Prevents effects of this input on the next one.
 void comeToRest()
 {
     drawFrom(nullptr);
     int counter = 0;
     check(ovik_setMode(dbusBackend) == OVIK_OK && ovik_getSysCounter(&counter) == OVIK_OK,
-          "the platform answers on"); // and what it sent before has come
-    ovik_doSomething();               // and has been handled
+          "the platform answers on"); // so all earlier signals have arrived
+    ovik_doSomething();               // and now they are handled
     onCommandResult("", "", "");
 }
 
@@ -74,8 +74,8 @@ void tearDown()
 }
 } // namespace
 
-/// Instead of the system's: a result that is on its way comes within one turn of the application's
-/// loop, so that is what a sleep takes. Before there is an application it is a sleep.
+/// Replaces the system's usleep(). A pending result arrives within one turn of the application's
+/// loop, so a sleep is one turn. Before the application exists, it really sleeps.
 extern "C" int usleep(useconds_t microseconds)
 {
     if (isStarted) {

@@ -1,7 +1,6 @@
-// The client library, against a peer on a socket that answers as the input says.
+// Fuzzes the client library with a peer that answers from the input.
 //
-// The peer's answers are all there when the requests are sent, and none is waited for: what comes
-// of them depends on the input alone.
+// All answers are queued before the requests are sent, so timing does not affect the results.
 
 #include "client/ovik_client.h"
 #include "fuzz/check.h"
@@ -20,7 +19,7 @@ namespace
 {
 // --- The peer ------------------------------------------------------------------------------------
 
-/// Listens in a directory of its own for as long as the program runs.
+/// Listens in a new directory for the lifetime of the program.
 struct Listener {
     Listener()
     {
@@ -48,7 +47,7 @@ struct Listener {
     int fd;
 };
 
-// --- What the peer says --------------------------------------------------------------------------
+// --- The peer's messages -------------------------------------------------------------------------
 
 std::string drawText(FuzzedDataProvider& input)
 {
@@ -72,7 +71,7 @@ std::string drawText(FuzzedDataProvider& input)
     }
     case 5:
         return drawBytes(input, 20000, true);
-    case 6: { // at the limits, and what strtol() would take for a number
+    case 6: { // limits, and what strtol() would accept as a number
         const char* const numbers[] = {"0",
                                        "-0",
                                        "00",
@@ -111,9 +110,9 @@ std::string drawMessage(FuzzedDataProvider& input)
     return input.ConsumeIntegralInRange(0, 15) == 1 ? message : message + '\0';
 }
 
-// --- What must be made of it, said in another way than the library does --------------------------
+// --- The expected result, computed independently of the library ----------------------------------
 
-/// The number, if the text is what to_string() makes of it.
+/// The number, if @p text is its to_string() form.
 template <class Number>
 std::optional<Number> exactly(const std::string& text)
 {
@@ -140,7 +139,7 @@ std::optional<Expected> understood(const std::string& message)
     return Expected{*status, blank == std::string::npos ? "" : whole.substr(blank + 1)};
 }
 
-/// @p valid is what the error must be; the outputs are written on OVIK_CLIENT_OK only.
+/// @p valid selects the expected error; outputs may be written on OVIK_CLIENT_OK only.
 void checkError(status_t status, ovik_client_error error, bool valid, bool untouched)
 {
     const ovik_client_error good = valid ? OVIK_CLIENT_OK : OVIK_CLIENT_WRONG_SHAPE;
@@ -193,10 +192,10 @@ void checkInformation(const ovik_client_answer& answer, const std::string& text)
 
 void checkBytes(const ovik_client_answer& answer, const std::string& text, size_t size)
 {
-    std::vector<unsigned char> bytes(size, 0x77); // of just the size, for the sanitizer to see
+    std::vector<unsigned char> bytes(size, 0x77); // exact size, so the sanitizer detects overruns
     size_t count = 99999;
     const auto error = ovik_client_bytes(&answer, bytes.data(), size, &count);
-    // What "%02X" makes of as many bytes as there would be.
+    // Print the bytes again with "%02X" for comparison.
     std::string again;
     for (size_t i = 0; i < text.size(); i += 3) {
         unsigned int byte = 0;
@@ -235,7 +234,7 @@ void checkAnswer(const ovik_client_answer& got, const Expected& expected, size_t
 {
     check(got.status == expected.status, "the status");
     check(got.length == expected.text.size() && got.text == expected.text, "the text");
-    // In memory of just its size, for the sanitizer to see.
+    // Memory of the exact size, so the sanitizer detects overruns.
     const std::vector<char> text(got.text, got.text + got.length + 1);
     const ovik_client_answer answer = {got.status, text.data(), got.length};
     checkNumbers(answer, expected.text);
@@ -298,7 +297,7 @@ void converse(FuzzedDataProvider& input, const Listener& listener)
     auto expected = OVIK_CLIENT_TIMED_OUT;
     for (size_t i = 0; i < requests && input.remaining_bytes() > 0; ++i) {
         const std::string message = drawMessage(input);
-        // One of no bytes is received like the end of a connection.
+        // An empty message looks like the end of the connection.
         check(send(peer, message.data(), message.size(), MSG_DONTWAIT) != -1, "there is room");
         const auto answer = message.empty() ? std::nullopt : understood(message);
         if (!answer) {
@@ -315,7 +314,7 @@ void converse(FuzzedDataProvider& input, const Listener& listener)
         ovik_client_batch(client, texts.data(), requests, 0, onAnswer, &conversation, &progress);
     check(progress.answered == conversation.answered, "the progress is that of the answers");
     if (closes) {
-        // No request leaves any more, so that no answer can be one.
+        // No request can be sent, so there can be no answers.
         check(error == OVIK_CLIENT_CLOSED && progress.sent == 0, "nobody is there");
     } else {
         const bool all = conversation.expected.size() == requests;

@@ -1,5 +1,5 @@
-// The D-Bus backend's proxies, record readers, introspection reader and signal, with a platform
-// that answers as the input says.
+// Fuzzes the D-Bus backend's proxies, record readers, introspection reader and signal with a
+// platform that answers from the input.
 
 #include "dbus_ovik/BacklightProxyDbus.h"
 #include "dbus_ovik/BuzzerProxyDbus.h"
@@ -39,7 +39,7 @@ Platform* platform;
 
 QDBusConnection bus() { return QDBusConnection::systemBus(); }
 
-// --- What came of a call ---
+// --- Results of a call ---
 
 template <class Record>
 bool areEqual(const Record& one, const Record& other)
@@ -57,7 +57,7 @@ bool isBounded(const Record&)
 bool isBounded(const QString& text) { return text.size() <= longest; }
 bool isBounded(const QByteArray& bytes) { return bytes.size() <= longest; }
 
-/// What an output holds before a call.
+/// The value of an output before a call.
 template <class T>
 T untouched()
 {
@@ -81,7 +81,7 @@ QByteArray untouched<QByteArray>()
     return "untouched";
 }
 
-/// One operation with an output: @p call is given that and answers a status.
+/// Checks one operation: @p call gets the output and returns a status.
 template <class T, class Call>
 void expectStatus(Call call)
 {
@@ -94,7 +94,7 @@ void expectStatus(Call call)
     check(isBounded(value), "an answer is no longer than what was sent");
 }
 
-/// As expectStatus(), for what no proxy asks for: the generated client's own call.
+/// Like expectStatus(), but with the generated client, for replies that no proxy requests.
 template <class T, class Client>
 void expectReply(const QString& path, QDBusPendingReply<T> (Client::*method)())
 {
@@ -142,7 +142,7 @@ void commands(FuzzedDataProvider& input)
     QCoreApplication::processEvents();
 }
 
-/// A proxy made anew asks whether its object is there.
+/// A new proxy checks whether its object exists.
 void looksForObject()
 {
     auto connection = bus();
@@ -223,13 +223,13 @@ void call(FuzzedDataProvider& input)
     }
 }
 
-/// Nothing of this input reaches the next one.
+/// Prevents effects of this input on the next one.
 void comeToRest()
 {
     platform->bus.drawFrom(nullptr);
     qulonglong ignored = 0;
     check(platform->backend.sysStatProxy()->availableMemory(ignored) == OVIK_OK,
-          "the platform answers on"); // and what it sent before has come
+          "the platform answers on"); // so all earlier signals have arrived
     QCoreApplication::processEvents();
 }
 } // namespace
@@ -240,7 +240,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     platform = new Platform;
-    // The product knows those that it asks for.
+    // The product registers only the types that it requests.
     qDBusRegisterMetaType<ovikStorageInfo>();
     qDBusRegisterMetaType<partitionInfo>();
     qDBusRegisterMetaType<timeZoneInfo>();

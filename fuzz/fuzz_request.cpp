@@ -1,6 +1,6 @@
-// The socket server and the command table, over a C API that answers as the input says.
+// Fuzzes the socket server and the command table with a fake C API that answers from the input.
 //
-// An input is requests, each ended as ConsumeRandomLengthString() does, and then what is drawn.
+// An input is requests in the form for ConsumeRandomLengthString(), then data for the answers.
 
 #include "fuzz/check.h"
 #include "fuzz/conversation.h"
@@ -17,7 +17,7 @@ constexpr size_t longestMessage = 6000; // more than the server's buffer
 constexpr int mostMessages = 64;
 constexpr int maxSleeps = 120;
 
-/// The statuses that the front itself answers with, and when.
+/// True when the status is the server's own, not from the C API.
 bool isOfTheFront(const Exchange& exchange)
 {
     const std::string word = exchange.command->word;
@@ -52,7 +52,7 @@ void converse(FuzzedDataProvider& input)
     }
 }
 
-/// The first descriptor that is no one's.
+/// The lowest free descriptor.
 unsigned int firstFree()
 {
     const int fd = dup(STDERR_FILENO);
@@ -66,9 +66,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static const unsigned int first = firstFree();
     FuzzedDataProvider input(data, size);
     standIn = {&input};
-    onCommandResult("", "", ""); // ends what an earlier input left waiting
+    onCommandResult("", "", ""); // ends a pending outcome of an earlier input
     converse(input);
-    // Those of clients that have gone, which a server leaves open on purpose.
+    // The server leaves descriptors of gone clients open on purpose.
     close_range(first, UINT_MAX, 0);
     return 0;
 }

@@ -1,4 +1,4 @@
-/* The platform library as a file. Its objects are in the fuzzer, where the input is. */
+/* The platform library as a file. Its objects are in the fuzzer, which has the input. */
 
 struct QObject;
 struct QObject* ovikFuzzInstance(const char* name);

@@ -1,5 +1,5 @@
-// make_seeds DIRECTORY: writes the seeds and the dictionary of the fuzzers, made from the command
-// table, to DIRECTORY/seeds/ and DIRECTORY/requests.dict.
+// make_seeds DIRECTORY: writes the fuzzers' seeds and dictionary, made from the command table, to
+// DIRECTORY/seeds/ and DIRECTORY/requests.dict.
 
 #include "protocol/command_table.h"
 
@@ -24,8 +24,7 @@ std::string argument(const Argument& argument, size_t choice)
                                                  : texts[choice % std::size(texts)];
 }
 
-/// With as many fields as the row says, @p extra more or fewer. The arguments of one request are
-/// next to each other in the lists above.
+/// A request with @p extra more fields than the row has; takes consecutive values of the lists.
 std::string request(const Command& row, size_t choice, int extra = 0)
 {
     std::string text = row.word;
@@ -36,7 +35,7 @@ std::string request(const Command& row, size_t choice, int extra = 0)
     return text;
 }
 
-/// As ConsumeRandomLengthString() takes it back.
+/// Encodes @p text for ConsumeRandomLengthString().
 std::string message(const std::string& text)
 {
     std::string bytes;
@@ -45,7 +44,7 @@ std::string message(const std::string& text)
     return bytes + "\\.";
 }
 
-/// The rest of a seed: what is drawn.
+/// The rest of a seed: data for the answers.
 const std::vector<std::string>& drawn()
 {
     static const std::vector<std::string> tails = {
@@ -70,7 +69,7 @@ void writeSeeds(const fs::path& directory)
             write(directory / (name + std::to_string(i)), message(request(row, i)) + drawn()[i]);
         write(directory / (name + "-few"), message(request(row, 0, -1)));
         write(directory / (name + "-many"), message(request(row, 0, 1)));
-        // A longer request, and then one without its NUL that runs on into it.
+        // A long request, then a short one without NUL: the rest of the buffer completes it.
         write(directory / (name + "-rest"),
               message(request(row, 1) + std::string(40, ';')) + std::string(row.word, 3) + "\\.");
     }

@@ -18,7 +18,7 @@ const char* const introspectable = "org.freedesktop.DBus.Introspectable";
 const char* const clientName = ":1.0";
 const char* const platformName = ":1.1";
 
-/// The types of every method's results, from the interface files.
+/// The result types of every method, from the interface files.
 std::map<std::string, std::string> replySignatures()
 {
     std::map<std::string, std::string> signatures;
@@ -120,7 +120,7 @@ PlatformBus::~PlatformBus()
     rmdir(m_directory.c_str());
 }
 
-/// Serves the one connection that Qt makes.
+/// Serves the single connection that Qt makes.
 void PlatformBus::run()
 {
     m_connection = accept4(m_listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
@@ -150,7 +150,7 @@ int PlatformBus::onMessage(sd_bus_message* message, void* self, sd_bus_error*)
 void PlatformBus::serve(sd_bus_message* call)
 {
     const bool toDriver = is(sd_bus_message_get_destination(call), driver);
-    // Drawn before the reply, with which the input is the other side's again.
+    // The data must be read first: after the reply, the other thread uses the input.
     sd_bus_message* signal = nullptr;
     bool afterReply = false;
     if (m_input && !toDriver && is(sd_bus_message_get_member(call), "command"))
@@ -166,7 +166,7 @@ void PlatformBus::serve(sd_bus_message* call)
         sendAndForget(signal);
 }
 
-/// What Qt asks a bus, and the nothing that it is told otherwise.
+/// Replies to Qt's calls to the bus itself; empty for all calls that need no value.
 sd_bus_message* PlatformBus::driverReply(sd_bus_message* call) const
 {
     const char* const member = sd_bus_message_get_member(call);
@@ -209,8 +209,7 @@ sd_bus_message* PlatformBus::introspection(sd_bus_message* call)
         return newError(call, "org.freedesktop.DBus.Error.UnknownObject");
     if (input && input->ConsumeBool()) {
         const auto bytes = QByteArray::fromStdString(input->ConsumeRandomLengthString());
-        xml =
-            QString::fromUtf8(bytes.constData()).toStdString(); // a text on the bus is valid UTF-8
+        xml = QString::fromUtf8(bytes.constData()).toStdString(); // D-Bus texts must be valid UTF-8
     }
     sd_bus_message* const answer = newReply(call);
     if (sd_bus_message_append_basic(answer, 's', xml.c_str()) >= 0)
@@ -219,7 +218,7 @@ sd_bus_message* PlatformBus::introspection(sd_bus_message* call)
     return newError(call, "org.freedesktop.DBus.Error.Failed");
 }
 
-/// Null for none.
+/// May return null: no signal.
 sd_bus_message* PlatformBus::drawCommandResult(sd_bus_message* call, bool& afterReply)
 {
     FuzzedDataProvider& input = *m_input.load();

@@ -10,11 +10,11 @@
 #include <thread>
 
 /**
- * What this process takes for its system bus: at the other end of a socket, the few answers of a
- * bus itself, and the platform's service.
+ * A fake system bus for this process: implements the few calls to the bus itself, and the
+ * platform's service.
  *
- * With an input, the service's answers are drawn from it. Without, and when the input is used up,
- * the answers are of the expected types, and there are modules in slots 0 and 2.
+ * With an input, the service's replies are generated from it. Without an input, or after its end,
+ * the replies have the expected types, and slots 0 and 2 have modules.
  */
 class PlatformBus
 {
@@ -24,10 +24,10 @@ public:
     PlatformBus(const PlatformBus&) = delete;
     PlatformBus& operator=(const PlatformBus&) = delete;
 
-    /// To be changed only while no call is under way. Null for none.
+    /// Call this only while no call is pending. Null for no input.
     void drawFrom(FuzzedDataProvider* input) { m_input = input; }
 
-    /// Whether the latest answer of the service was an error.
+    /// True when the service's latest reply was an error.
     bool hasFailed() const { return m_hasFailed; }
 
 private:
@@ -46,6 +46,6 @@ private:
     std::atomic<FuzzedDataProvider*> m_input{nullptr};
     std::atomic<bool> m_hasFailed{false};
     std::map<std::string, std::string> m_signatures; ///< of the replies, by "interface.method"
-    std::string m_introspection;                     ///< that lists every interface
+    std::string m_introspection;                     ///< declares every interface
     std::thread m_thread;
 };

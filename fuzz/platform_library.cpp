@@ -1,5 +1,5 @@
-// The platform library's objects. What the product does not ask stays as the simulated panel has
-// it. The library file itself holds no more than the factory function, which asks here.
+// The platform library's objects. Functions that the product does not call keep the simulated
+// panel's behaviour. The library file has only the factory function, which calls this file.
 
 #include "fuzz/platform_library.h"
 
@@ -25,7 +25,7 @@ FuzzedDataProvider& input()
 
 int number() { return drawNumber(input()); }
 
-/// Null, valid or not, and not always as short as asked for.
+/// Null, valid or invalid, possibly longer than requested.
 QByteArray bytes()
 {
     constexpr size_t most[] = {24, 300, 70000};
@@ -35,7 +35,7 @@ QByteArray bytes()
     return QByteArray::fromStdString(drawBytes(input(), most[choice], true));
 }
 
-/// UTF-16 of every kind, unpaired surrogates and zeros included.
+/// Any UTF-16, with unpaired surrogates and zeros.
 QString text()
 {
     if (input().ConsumeBool())
@@ -119,7 +119,7 @@ struct NetworkManager : SimNetworkManager {
     int applyNewConfiguration(bool) override { return number(); }
 };
 
-// As of a real platform's library, the objects live as long as the process.
+// As in a real platform's library, the objects live as long as the process.
 
 template <class Object>
 QObject* object()
@@ -129,7 +129,7 @@ QObject* object()
     return theObject;
 }
 
-/// Served by a thread of its own, as its callers wait for it.
+/// The object needs a thread of its own, since its callers block until it answers.
 QObject* systemInfoInThread()
 {
     static auto* const thread = [] {

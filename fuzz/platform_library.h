@@ -2,5 +2,5 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-/// What the platform library's objects answer is drawn from this; null for none.
+/// Source of the platform library's answers; may be null.
 extern FuzzedDataProvider* libraryInput;

@@ -15,7 +15,7 @@ using Callback = void (*)(const char*, const char*, const char*);
 Callback outcomeCallback;
 int sleepsBeforeOutcome;
 
-// As promised in ovik_c.h: an output is written on OVIK_OK only.
+// As documented in ovik_c.h, outputs are written on OVIK_OK only.
 
 bool succeeds()
 {
@@ -38,7 +38,7 @@ status_t answer(bool* out)
     return standIn.status;
 }
 
-/// As strncpy(): a text that fills its buffer is not terminated.
+/// Like strncpy(): a text that fills its buffer is not terminated.
 status_t answer(char* out, int size)
 {
     if (succeeds()) {
@@ -49,7 +49,7 @@ status_t answer(char* out, int size)
     return standIn.status;
 }
 
-/// Exactly @p count bytes, filled up with zero bytes.
+/// Exactly @p count bytes, padded with zero bytes.
 status_t answer(unsigned char* out, size_t count)
 {
     if (succeeds()) {
@@ -60,7 +60,7 @@ status_t answer(unsigned char* out, size_t count)
     return standIn.status;
 }
 
-/// Calls back, with texts of which each may be null.
+/// Calls back with three texts, each possibly null.
 void deliverOutcome()
 {
     std::string texts[3];
@@ -73,7 +73,7 @@ void deliverOutcome()
 }
 } // namespace
 
-/// Instead of the system's: the outcome comes after as many sleeps as the input says, or never.
+/// Replaces the system's usleep(): the outcome arrives after a number of sleeps from the input.
 extern "C" int usleep(useconds_t)
 {
     if (++standIn.sleeps == sleepsBeforeOutcome)
@@ -94,7 +94,7 @@ status_t ovik_serviceCommand(const char*, const char*, const char*, void* fnCall
 status_t ovik_getSystemInfo(char* moduleName, int maxLen, unsigned char* hwCode,
                             unsigned short* manufactureCode)
 {
-    // At most five bytes, whatever the buffer.
+    // At most five bytes, whatever the buffer size.
     if (answer(moduleName, std::min(maxLen, 5)) == OVIK_OK) {
         *hwCode = standIn.input->ConsumeIntegral<unsigned char>();
         *manufactureCode = standIn.input->ConsumeIntegral<unsigned short>();

@@ -4,11 +4,11 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-/// A C API with nothing behind it: its answers are drawn from the input.
+/// A fake C API: its answers are generated from the input.
 struct StandIn {
     FuzzedDataProvider* input = nullptr;
     int calls = 0;
-    int sleeps = 0;            ///< of the request that waits for an outcome
+    int sleeps = 0;            ///< during the wait for an outcome
     status_t status = OVIK_OK; ///< of the latest call
 };
 extern StandIn standIn;
