@@ -1,5 +1,5 @@
 // The bus, the platform's service and its facilities come and go: at the start, between two calls
-// and in the middle of one. What is answered meanwhile, what heals by itself and what does not.
+// and during a call. Checks the answers meanwhile, and which faults heal without a restart.
 
 #include "tests/support/fault_fixture.h"
 
@@ -27,16 +27,16 @@ void expectAnswers(Server& server, Client& client,
         client.send(row.request());
     for (const CommandRow& row : commandRows())
         EXPECT_EQ(client.receive(), expected(row)) << row.word;
-    server.process().output(); // read, as a pipe full of its log would hold the server
+    server.process().output(); // a full pipe would block the server
 }
 
 // --- Neither bus nor platform --------------------------------------------------------------------
 
-/// Tries to find the platform make one second each; those of the first seconds are not measured.
+/// The server tries to find the platform once a second; the first tries are not measured.
 constexpr int firstTries = 5;
 constexpr int measuredTries = 25;
 
-/// A bus to which one can connect, but that hangs up at once; counts the tries.
+/// A bus that closes each connection at once; counts the connections.
 class HangingUpBus
 {
 public:
@@ -70,7 +70,7 @@ private:
     int m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
 };
 
-/// Starts a platform and fails unless it is found soon.
+/// Starts a platform and fails unless the server finds it soon.
 void expectAPlatformIsFound(Client& client)
 {
     FakePlatform platform;
@@ -149,7 +149,7 @@ TEST(FaultBus, ABusThatDiesFailsEveryCommandUntilTheServerIsStartedAgain)
         expectAnswers(panel.server, client, responsesTo(Obstacle::Failing));
     EXPECT_LT(millisecondsSince(start), 10000) << "nothing waits for a bus that is gone";
 
-    // A bus at the same address and a platform on it are not looked for any more.
+    // The server does not look for a restarted bus, even at the same address.
     panel.bus.start();
     panel.startPlatform();
     expectAnswers(panel.server, client, responsesTo(Obstacle::Failing));
@@ -197,13 +197,13 @@ TEST(FaultBus, ABusThatDiesInTheMiddleOfACallIsAFailureAtOnce)
 
 // --- Strangers on the bus ------------------------------------------------------------------------
 
-/// Has another user of the bus send to the server, and returns when the server has received it.
+/// Another user of the bus sends to the server. Returns when the server has received everything.
 void sendAsStranger(FaultPanel& panel, const std::string& kind, int amount)
 {
     const std::string pid = std::to_string(panel.server.process().pid());
     Process stranger(commandOf(OVIK_BUS_STRANGER_PATH, {pid, kind, std::to_string(amount)}));
     ASSERT_EQ(stranger.wait(), 0) << stranger.errors();
-    // The reply comes behind it.
+    // The platform's reply comes after the signals.
     EXPECT_EQ(Client(serverSocket).request("getBrightness", patienceFactor * 60s), "0 75");
 }
 
@@ -242,7 +242,7 @@ TEST(FaultStranger, TheMemoryForASignalOf32MegabytesIsReturnedAndThatForSuchARep
 class FaultCrash : public FaultTest
 {
 protected:
-    /// The platform gets the call that is @p member, does not answer it and is gone.
+    /// The platform ends after it has received the call to @p member, without a reply.
     void crashDuring(const std::string& request, const std::string& member)
     {
         panel->platform->answer(member, silence());
@@ -259,7 +259,7 @@ TEST_F(FaultCrash, InTheMiddleOfEveryCommandIsItsFailureAndHealsWithThePlatform)
         for (const CommandRow& row : commandRows()) {
             const auto start = Clock::now();
             crashDuring(row.request(), row.member);
-            // The mode was asked for before, so only the write itself fails.
+            // The mode query succeeded before the crash, so only the write fails.
             EXPECT_EQ(client->receive(),
                       row.isGuarded() ? "0 0" : row.responseTo(Obstacle::Failing))
                 << row.word;
@@ -343,11 +343,11 @@ TEST(FaultPanelSim, KilledAgainAndAgainItIsReachedAgainEachTime)
 
 // --- Facilities ----------------------------------------------------------------------------------
 
-/// A facility's object on the bus, and what is answered when it was not there at the start.
+/// A facility's object on the bus, and the commands that need it.
 struct Facility {
     const char* name;
     const char* path;
-    std::string members; ///< of its commands, up to the "."
+    std::string members; ///< prefix of its D-Bus members
 };
 
 void PrintTo(const Facility& facility, std::ostream* out) { *out << facility.name; }
@@ -386,7 +386,7 @@ TEST_P(FaultFacility, AtTheStartIsMinusOneForItsCommandsUntilTheServerIsStartedA
     answerCommands(*platform);
     Server server;
     Client client(serverSocket);
-    // Something that every one of these panels has, and -10 until it is found.
+    // Every one of these panels has this module; the answer is -10 until the panel is found.
     ASSERT_TRUE(waitUntil([&] { return client.request("getHWPluginLedMode;0;4") == "0 2"; }));
 
     const auto expected = [&](const CommandRow& row) {
@@ -398,7 +398,7 @@ TEST_P(FaultFacility, AtTheStartIsMinusOneForItsCommandsUntilTheServerIsStartedA
     for (int i = 0; i < 20; ++i)
         expectAnswers(server, client, expected);
 
-    // It comes with a new platform, but it is not looked for any more.
+    // A new platform has the facility, but the server does not look for it again.
     platform.reset();
     platform = std::make_unique<FakePlatform>();
     answerCommands(*platform);

@@ -1,4 +1,4 @@
-// Clients that misbehave, leave early or come in crowds, and a server that is killed.
+// Clients that misbehave, leave early or come in great numbers, and a server that is killed.
 
 #include "tests/support/client_fault_fixture.h"
 
@@ -20,7 +20,7 @@ namespace
 {
 using Clock = std::chrono::steady_clock;
 
-/// A request that tells its number to the platform, which answers it.
+/// A request that passes its number to the platform, which returns it.
 std::string numbered(int number) { return "setBuzzerMode;" + std::to_string(number); }
 std::string answerOf(int number) { return "0 " + std::to_string(number); }
 std::string callOf(int number)
@@ -43,7 +43,7 @@ int count(const std::string& text, const std::string& part)
     return found;
 }
 
-/// True when there is neither an answer nor an end of the connection.
+/// True when neither an answer nor the end of the connection arrives.
 bool hearsNothing(const Client& client)
 {
     pollfd event = {client.fd(), POLLIN, 0};
@@ -58,7 +58,7 @@ TEST_F(ClientFault, TenThousandClientsAreGoneBeforeTheirAnswer)
     constexpr int batch = 20;
     const std::string line = "OVIK_SERVER: write: Broken pipe\n";
     const int linesBefore = count(server.process().errors(), line);
-    // One client keeps the server busy until those behind it have gone.
+    // One client keeps the server busy until the clients behind it have gone.
     auto busy = std::make_unique<Client>(serverSocket);
     ASSERT_EQ(busy->request(goodRequest), goodAnswer);
     for (int i = 0; i < batches; ++i) {
@@ -66,9 +66,9 @@ TEST_F(ClientFault, TenThousandClientsAreGoneBeforeTheirAnswer)
             ASSERT_TRUE(Client(serverSocket).send(goodRequest));
         busy = std::make_unique<Client>(serverSocket);
         ASSERT_EQ(busy->request(goodRequest), goodAnswer) << i;
-        server.process().errors(); // read on, as the server waits for room in a full pipe
+        server.process().errors(); // a full pipe would block the server
     }
-    // Each request was carried out, and only its answer came to nothing.
+    // Each request was executed; only its answer was lost.
     EXPECT_EQ(platform.takeCalls().size(), batches * (batch + 1) + 1u);
     EXPECT_EQ(count(server.process().errors(), line) - linesBefore, batches * batch);
 }
@@ -76,8 +76,7 @@ TEST_F(ClientFault, TenThousandClientsAreGoneBeforeTheirAnswer)
 TEST_F(ClientFault, TenThousandClientsInTurnAreAllServed)
 {
     constexpr int all = 10000;
-    // The next clients wait in the queue already, so that none costs more than the server's idle
-    // sleeps.
+    // Some clients always wait in the queue, so each costs at most the server's idle sleeps.
     std::deque<std::unique_ptr<Client>> clients;
     for (int served = 0, connected = 0; served < all; ++served) {
         for (; clients.size() < 10 && connected < all; ++connected) {
@@ -112,8 +111,8 @@ TEST_F(ClientFault, AHalfClosedClientIsAnsweredWhatItAskedAndThenForgotten)
     for (int i = 0; i < 3; ++i)
         ASSERT_EQ(client.receive(), answerOf(i));
 
-    // The next one is served at once. The server's end of a forgotten client stays open until 16
-    // more are forgotten.
+    // The next client is served at once. The server keeps the descriptor of a gone client until 16
+    // more have gone.
     ASSERT_EQ(Client(serverSocket).request(goodRequest), goodAnswer);
     EXPECT_TRUE(hearsNothing(client));
     ASSERT_NO_FATAL_FAILURE(forgetSixteenMore());
@@ -124,9 +123,9 @@ TEST_F(ClientFault, AMessageOfNoBytesMakesItsSenderForgotten)
 {
     Client client(serverSocket);
     EXPECT_EQ(client.request(numbered(1)), answerOf(1));
-    ASSERT_TRUE(client.sendBytes("")); // is received like the end of a connection
+    ASSERT_TRUE(client.sendBytes("")); // looks like the end of a connection
 
-    // A later request is never read, or refused when the server has seen the end already.
+    // The server never reads a later request; send() fails when the server has seen the end.
     client.send(numbered(2));
     ASSERT_EQ(Client(serverSocket).request(numbered(3)), answerOf(3));
     EXPECT_TRUE(hearsNothing(client));
@@ -144,7 +143,7 @@ TEST_F(ClientFault, WhileAClientSaysNothingOthersWait)
     Client third(serverSocket);
     ASSERT_TRUE(third.send(numbered(3)));
     ASSERT_TRUE(second.send(numbered(2)));
-    // Whoever came first is served when it speaks, however long the others have been asking.
+    // The first client is served first, however long the others have been waiting.
     ASSERT_EQ(silent->request(numbered(1)), answerOf(1));
     EXPECT_TRUE(hearsNothing(second));
     EXPECT_TRUE(hearsNothing(third));
@@ -158,7 +157,7 @@ TEST_F(ClientFault, WhileAClientSaysNothingOthersWait)
     EXPECT_EQ(platform.takeCalls(), callsOf(2, 4));
 }
 
-/// The error of a connect that does not wait; 0 when it connects.
+/// The errno of a non-blocking connect(); 0 when it connects.
 int connectWithoutWaiting()
 {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -176,13 +175,13 @@ TEST_F(ClientFault, AFullQueueIsServedInTheOrderOfConnectingAndALaterClientAfter
     auto served = std::make_unique<Client>(serverSocket);
     ASSERT_EQ(served->request(numbered(0)), answerOf(0));
 
-    constexpr int room = 21; // Linux lets one more wait than the backlog of 20 says
+    constexpr int room = 21; // Linux queues one more than the backlog of 20
     std::vector<std::unique_ptr<Client>> waiting;
     for (int i = 0; i < room; ++i)
         waiting.push_back(std::make_unique<Client>(serverSocket));
-    for (int i = room; i > 0; --i) // who asks first does not matter
+    for (int i = room; i > 0; --i) // the order of requests is irrelevant
         ASSERT_TRUE(waiting[static_cast<size_t>(i - 1)]->send(numbered(i)));
-    // A further client is not refused for good: its connect waits, unless it does not want to.
+    // A further client is not refused: a blocking connect() waits, a non-blocking one fails.
     EXPECT_EQ(connectWithoutWaiting(), EAGAIN);
     auto later = std::async(std::launch::async,
                             [] { return Client(serverSocket).request(numbered(room + 1)); });
@@ -211,7 +210,7 @@ TEST_F(ClientFault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies
     Client other(serverSocket);
     ASSERT_TRUE(other.send(numbered(0)));
 
-    // It asks until neither side has moved for so long that the server is not just short of time.
+    // Stop when neither side has moved for so long that load cannot be the reason.
     const std::string request = std::string(goodRequest) + '\0';
     int sent = 0;
     int unread = 0;
@@ -227,21 +226,21 @@ TEST_F(ClientFault, AClientThatPipelinesWithoutReadingBlocksTheServerUntilItDies
     }));
     const int answered = unread / static_cast<int>(strlen(goodAnswer) + 1);
     figure("unread answers that find room: " + std::to_string(answered));
-    // One more was carried out, and its answer is what the server waits with.
+    // One more request was executed: the server is blocked on its answer.
     EXPECT_LT(answered + 1, sent);
     EXPECT_EQ(platform.takeCalls().size(), answered + 1u);
     EXPECT_TRUE(hearsNothing(other));
 
-    // What it had asked for is carried out for nobody, and the next one served.
+    // The remaining requests are executed without a reader; then the next client is served.
     client.reset();
     EXPECT_EQ(other.receive(), answerOf(0));
     EXPECT_EQ(platform.takeCalls().size(), static_cast<size_t>(sent - answered - 1 + 1));
     EXPECT_EQ(count(server.process().errors(), line) - linesBefore, sent - answered);
 }
 
-// --- Clients that are in a hurry -----------------------------------------------------------------
+// --- Clients that send fast ----------------------------------------------------------------------
 
-/// Sends requests as fast as they are taken, while all the answers are read.
+/// Sends requests as fast as possible and reads all the answers.
 void pipeline(int requests, const std::function<std::string(int)>& request,
               const std::function<std::string(int)>& answer)
 {
@@ -278,13 +277,13 @@ TEST_F(ClientFault, DescriptorsPassedAlongAreNotKept)
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
     Client client(serverSocket);
-    for (int i = 0; i < 10; ++i) { // more than the server may have open
+    for (int i = 0; i < 10; ++i) { // more than the server may open
         ASSERT_TRUE(client.sendBytes(numbered(i) + '\0', std::vector<int>(100, ends[1])));
         ASSERT_EQ(client.receive(), answerOf(i));
     }
     close(ends[1]);
     char byte;
-    // Its end is seen when nobody holds the other one.
+    // read() returns 0 when the last copy of the writing end is closed.
     EXPECT_TRUE(waitUntil([&] { return read(ends[0], &byte, 1) == 0; }));
     close(ends[0]);
 }
@@ -295,12 +294,12 @@ TEST(ClientsBeforeTheBus, UseUpTheDescriptorsAndTheLastOneIsServedOnceThereIsAPl
 {
     PrivateBus bus;
     bus.stop();
-    constexpr int limit = 24; // 16 forgotten clients use up what the server has left
+    constexpr int limit = 24; // the server uses up the rest for 16 gone clients
     Server server{{"prlimit", "--nofile=" + std::to_string(limit)}};
     const std::string highest =
         "/proc/" + std::to_string(server.process().pid()) + "/fd/" + std::to_string(limit - 1);
     const auto isFull = [&] { return std::filesystem::is_symlink(highest); };
-    // So many that each descriptor has been a client's, or until none is left for anything else.
+    // Connect until no descriptor is left, or each has been a client's.
     std::unique_ptr<Client> last;
     for (int i = 0; i < 2 * limit && !isFull(); ++i) {
         last = std::make_unique<Client>(serverSocket);
@@ -325,11 +324,11 @@ void killServer(Server& server)
     ASSERT_EQ(server.process().wait(), 128 + SIGKILL);
     EXPECT_EQ(client.receive(), "(connection closed)");
     EXPECT_FALSE(isListening(serverSocket));
-    ASSERT_EQ(access(serverSocket, F_OK), 0); // and is in the way of the next start
+    ASSERT_EQ(access(serverSocket, F_OK), 0); // the next start must remove it
 }
 
-/// Asks until there is the good answer; how long that took. One client does, as a sanitized server
-/// that meets an object for the first time opens a pipe, and must have the descriptors for it.
+/// The time until the good answer. A single client asks: a sanitized server opens a pipe for each
+/// new type of object, and needs free descriptors for it.
 double timeToAGoodAnswer(Clock::time_point start)
 {
     Client client(serverSocket);
@@ -344,13 +343,13 @@ TEST_F(ClientFault, AFirstRequestWithoutNulEndsAtItsLastByte)
     Client client(serverSocket);
     ASSERT_TRUE(client.sendBytes(goodRequest));
     const std::string answer = client.receive();
-    EXPECT_TRUE(answer == goodAnswer || answer == "-1") << answer; // the platform may come later
+    EXPECT_TRUE(answer == goodAnswer || answer == "-1") << answer; // before or after the adoption
     client.disconnect();
     EXPECT_TRUE(server.waitForPlatform());
 }
 
-// On a loaded machine a single measurement tells nothing about the program, so the best of a few
-// counts. A sanitized program is slower anyway.
+// A loaded machine can delay any single measurement, so the best of a few counts. Times of a
+// sanitized program are not checked.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool timeCounts = false;
 #else
@@ -373,7 +372,7 @@ TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
         const auto start = Clock::now();
         server.start();
         best = std::min(best, timeToAGoodAnswer(start));
-        // Behind it, of the requests that came before the platform was found, if any.
+        // More lines follow when requests arrived before the platform was found.
         const std::string retry =
             "RETRY: Unlinking server at /tmp/ovik_server.socket\nunlink returned 0\n";
         EXPECT_EQ(server.process().output().substr(0, retry.size()), retry);
@@ -384,7 +383,7 @@ TEST_F(ClientFault, KilledAndStartedAgainItServesWithinASecond)
 TEST_F(ClientFault,
        KilledAndStartedAgainBeforeThePlatformItServesWithinASecondOfThatAndWhatTheLookTakes)
 {
-    // The platform comes right after the server has looked for it: it looks again in a second.
+    // The platform appears right after the server's search; the next search is a second later.
     constexpr double period = 1000;
     constexpr double look = 500; // some twenty introspections
     double best = 1e9;
@@ -398,7 +397,7 @@ TEST_F(ClientFault,
         platform.ownName();
         best = std::min(best, timeToAGoodAnswer(start));
         if (i == 0)
-            remember(); // a server that had to wait keeps its first connection to the bus
+            remember(); // the server keeps the first of its bus connections
     }
     expectWithin(period + look, best);
 }

@@ -1,6 +1,5 @@
-// The platform's library lacks something, is broken, or is started again and again: what is said,
-// what is answered, and that nothing stays. What the simulated panel's library lacks is steered by
-// its own environment variables.
+// The platform's library lacks a facility, is broken, or is started repeatedly. Checks messages,
+// answers and leaks. The simulated panel's own environment variables select what its library lacks.
 
 #include "wrapper_ovik/ovik_c.h"
 
@@ -19,7 +18,7 @@ namespace
 {
 using Texts = std::vector<std::string>;
 
-/// An object of the library, a function that asks it, and the warning when it is not there.
+/// An object of the library, a function that uses it, and the warning when it is missing.
 struct Facility {
     const char* name;
     std::function<status_t()> ask;
@@ -34,7 +33,7 @@ unsigned char aByte = 0;
 unsigned short aShort = 0;
 uint64_t aSize = 0;
 
-// In the order in which they are created.
+// In the order in which the backend creates them.
 const std::vector<Facility> facilities = {
     {"Buzzer", [] { return ovik_getBuzzerMode(&anInt); }, "m_buzzer not valid\n"},
     {"Backlight", [] { return ovik_getBrightness(&anInt); }, "m_backlight not valid\n"},
@@ -58,7 +57,7 @@ Texts everyName()
     return names;
 }
 
-/// As the simulated panel's library takes it.
+/// The form that the simulated panel's library expects.
 std::string listed(const Texts& names)
 {
     std::string text;
@@ -67,19 +66,19 @@ std::string listed(const Texts& names)
     return text;
 }
 
-/// Those that are @p missing answer -1, the others 0.
+/// Facilities in @p missing return -1, the others 0.
 void expectFacilitiesBut(const Texts& missing)
 {
     for (const Facility& facility : facilities) {
         const bool isMissing = std::count(missing.begin(), missing.end(), facility.name) != 0;
         EXPECT_EQ(facility.ask(), isMissing ? -1 : 0) << facility.name;
     }
-    // The library has no such facilities at all.
+    // The library never has these facilities.
     EXPECT_EQ(ovik_serviceStart("ssh", &anInt), -1);
     EXPECT_EQ(ovik_getHWPluginIOMode(0, 0, &anInt), -10);
 }
 
-/// The connection to a null system information warns as well.
+/// Leaves out Qt's warning about the connection to the missing system information.
 Texts takeProductWarnings()
 {
     Texts texts;
@@ -93,19 +92,19 @@ Texts takeProductWarnings()
 class FaultLibrary : public testing::Test
 {
 protected:
-    /// The texts of what follows can be expected to the letter.
+    /// Discards earlier texts, so that the following ones can be compared exactly.
     static void forgetTexts()
     {
         takeWarnings();
         takeDiagnostics();
     }
 
-    /// Makes a fault again and again: what the first times cost is not measured.
+    /// Repeats a fault; the first runs are not measured.
     static void repeat(const std::function<void()>& fault)
     {
         constexpr int firstTimes = 20;
         constexpr int measuredTimes = 100;
-        constexpr long memorySlack = 96; // KiB, so less than one for each time
+        constexpr long memorySlack = 96; // KiB: less than one per run
         for (int i = 0; i < firstTimes && !HasFailure(); ++i)
             fault();
         const Footprint before = footprintOf(getpid());
@@ -114,7 +113,7 @@ protected:
         expectNothingLeftBehind(getpid(), before, memorySlack);
     }
 
-    PrivateBus& bus = theBus(); // for the parts of the application that look at one
+    PrivateBus& bus = theBus(); // some parts of the application look for a bus
 };
 
 class WithoutFacility : public FaultLibrary, public testing::WithParamInterface<Facility>
@@ -228,7 +227,7 @@ const std::string notLoaded =
 struct BrokenFile {
     const char* name;
     std::function<void(const std::string& path)> make;
-    const char* reason; ///< in the dynamic linker's words
+    const char* reason; ///< the dynamic linker's message
 };
 
 void PrintTo(const BrokenFile& file, std::ostream* out) { *out << file.name; }

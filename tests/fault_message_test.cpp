@@ -1,14 +1,14 @@
-// Messages that no good client sends: what the server reads of them, hands to the platform and
-// answers.
+// Messages that a correct client never sends: how the server reads them, what it passes to the
+// platform, and what it answers.
 
 #include "tests/support/client_fault_fixture.h"
 
 namespace
 {
 struct Exchange {
-    std::string message; ///< every byte of it
+    std::string message; ///< its exact bytes
     std::string answer;
-    std::string call; ///< exactly this one of the platform, or none
+    std::string call; ///< the only platform call; empty for none
 };
 
 struct Row {
@@ -18,7 +18,6 @@ struct Row {
 
 std::ostream& operator<<(std::ostream& out, const Row& row) { return out << row.name; }
 
-/// As a good client sends it.
 std::string terminated(const std::string& text) { return text + '\0'; }
 
 Exchange refused(const std::string& message) { return {message, "-8", ""}; }
@@ -30,19 +29,19 @@ Exchange brightness(const std::string& message)
 
 const std::string setValue = "setVolatileParameter;k;";
 
-/// A message that sets a parameter, to the value that arrives.
+/// A message that sets a parameter, and the value that the platform receives.
 Exchange sets(const std::string& message, const std::string& value)
 {
     return {message, "0 7", "/ com.wenu.OVIK.setVolatileParameter(ss) \"k\" \"" + value + "\""};
 }
 
-/// The bytes of a value, and what arrives of them.
+/// A value, and what the platform receives.
 Exchange value(const std::string& bytes, const std::string& arrives)
 {
     return sets(terminated(setValue + bytes), arrives);
 }
 
-/// A field that is read as an int. The platform's result is printed unsigned.
+/// A field that is read as an int. The platform returns it, and the server prints it unsigned.
 Exchange number(const std::string& field, int arrives)
 {
     return {terminated("setBuzzerMode;" + field),
@@ -50,8 +49,8 @@ Exchange number(const std::string& field, int arrives)
             "/Buzzer com.wenu.OVIK.Buzzer.SetBuzzerMode(i) " + std::to_string(arrives)};
 }
 
-/// A value as long as makes the message @p size bytes with its NUL; the server keeps 4999 bytes of
-/// text.
+/// A value of such a length that the message has @p size bytes with its NUL; the server keeps 4999
+/// bytes of text.
 Exchange sized(size_t size)
 {
     constexpr size_t maxText = 4999;
@@ -145,8 +144,7 @@ INSTANTIATE_TEST_SUITE_P(Table, Message, testing::ValuesIn(rows),
 TEST_P(Message, IsReadAndAnsweredAsTheTableSays)
 {
     platform.answer("Sensors.getIoMode", replyWith("i", 2));
-    // So often that what one of them left behind would add up, and so seldom that all the answers
-    // find room unread.
+    // Enough rounds to make leftovers add up, and few enough to buffer all answers unread.
     constexpr int rounds = 100;
     Client client(serverSocket);
     for (int round = 0; round < rounds; ++round) {
@@ -167,7 +165,7 @@ TEST_P(Message, IsReadAndAnsweredAsTheTableSays)
         ASSERT_EQ(made[i], calls[i]) << "call " << i;
 }
 
-// The fake platform's own reader refuses these, so the simulated panel is asked.
+// sd-bus rejects noncharacters, so this test needs the simulated panel.
 TEST_F(ClientFault, ANoncharacterIsPassedOnAsItIs)
 {
     platform.releaseName();

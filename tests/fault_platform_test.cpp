@@ -1,5 +1,5 @@
-// What the platform replies is wrong: errors, values of other types, too few or too many of them,
-// bytes and texts of any length. What each command answers to that, and that nothing stays.
+// Wrong replies of the platform: errors, other types, too few or too many values, bytes and texts
+// of any length. Checks the answer of each command, and that nothing leaks.
 
 #include "tests/support/fault_fixture.h"
 
@@ -7,7 +7,7 @@
 
 namespace
 {
-/// What the reply to a command carries; commands that are not named here, an integer.
+/// The types of the reply to a command; an integer by default.
 std::string replySignature(const CommandRow& row)
 {
     static const std::map<std::string, std::string> signatures = {
@@ -30,7 +30,7 @@ std::string replySignature(const CommandRow& row)
     return found == signatures.end() ? "i" : found->second;
 }
 
-/// Appends a value that is not the default one, so that the two can be told apart.
+/// Appends a value that differs from the default one.
 void appendValue(sd_bus_message* reply, const std::string& signature)
 {
     static const std::map<std::string, std::function<void(sd_bus_message*)>> values = {
@@ -65,7 +65,7 @@ void appendValue(sd_bus_message* reply, const std::string& signature)
     values.at(signature)(reply);
 }
 
-/// What is answered for the value of appendValue().
+/// The answer for the value of appendValue().
 std::string answerOfValue(const CommandRow& row)
 {
     const std::string signature = replySignature(row);
@@ -78,20 +78,20 @@ std::string answerOfValue(const CommandRow& row)
     return signature == "b" ? "0 1" : "0 5";
 }
 
-/// What is answered when there is no value, but no failure either.
+/// The answer when there is neither a value nor a failure.
 std::string answerOfNothing(const CommandRow& row)
 {
     const std::string signature = replySignature(row);
     if (row.isEeprom())
         return row.word == std::string("seepromRead") ? "0 00,00,00" : "0 00,00";
     if (row.member == "Sensors.readIo")
-        return "0 -48"; // no byte is the byte 0, and that is no digit
+        return "0 -48"; // a missing byte reads as 0, which is no digit: 0 - '0'
     if (signature[0] == '(')
         return "0 ,0,0";
     return signature == "s" || signature == "ay" ? "0 " : "0 0";
 }
 
-/// A failed call to a plug-in module cannot be told from its answer 0.
+/// A plug-in command cannot distinguish a failed call from the result 0.
 std::string answerOfError(const CommandRow& row)
 {
     return row.isPlugin() ? answerOfNothing(row) : "-4";
@@ -114,7 +114,7 @@ class Fault : public FaultTest
 protected:
     using Answer = std::function<std::string(const CommandRow&)>;
 
-    /// Every command meets the fault a few times: at first all but the queries that guard others.
+    /// Every command gets the fault several times; the mode queries last, as they guard writes.
     void everyCommandMeets(const std::function<Reply(const CommandRow&)>& reply,
                            const Answer& expected, const Answer& expectedLog)
     {
@@ -174,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(Names, ErrorReply,
                                          "org.freedesktop.DBus.Error.UnknownMethod",
                                          "org.freedesktop.DBus.Error.UnknownObject",
                                          "org.freedesktop.DBus.Error.InvalidArgs",
-                                         // as Qt's own for a reply of an unexpected type
+                                         // Qt reports this for a reply of an unexpected type
                                          "org.freedesktop.DBus.Error.InvalidSignature",
                                          "org.freedesktop.DBus.Error.ServiceUnknown",
                                          "org.freedesktop.DBus.Error.Disconnected"),
@@ -249,7 +249,7 @@ std::string nul(const char* text, size_t size) { return std::string(text, size);
 
 const std::string mebibyte(1 << 20, 'A');
 
-/// What an allocator may keep of messages of a mebibyte; much less than the tests send.
+/// Memory that the allocator may keep for messages of a mebibyte; much less than the tests send.
 constexpr long mebibyteSlack = 12 * 1024;
 
 class BytesOf : public Fault, public testing::WithParamInterface<Bytes>
@@ -304,7 +304,7 @@ struct TextCommand {
     const char* name;
     const char* request;
     const char* member;
-    size_t most; ///< bytes of the text in the answer
+    size_t most; ///< longest text in the answer, in bytes
     bool isLatin1;
 };
 
@@ -340,7 +340,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 "OVIK.getAllSystemParametersJSON", 9997, false}),
     [](const auto& test) { return std::string(test.param.name); });
 
-/// A text in which no part is like another.
+/// A text without repeated parts.
 std::string textOfSize(size_t size)
 {
     std::string text;

@@ -1,5 +1,5 @@
-// Outcomes of service commands that come in masses, of any size, malformed, from strangers, before,
-// during and after the call, with and without a scan that waits for one.
+// Outcomes of service commands in great numbers, of any size, malformed, or from strangers; before,
+// during and after the call, with and without a pending scan.
 
 #include "tests/support/fault_fixture.h"
 
@@ -10,11 +10,10 @@ namespace
 const std::string scan = "serviceCommand;wifi;scan;{}";
 const std::string call = "/ServiceManager com.wenu.OVIK.ServiceManager.command(sss) ";
 
-/// KiB that an allocator may keep after storms: it depends on how far the queues fill while the
-/// machine is busy. Keeping one text of each outcome that is measured would be twice that and more.
+/// Memory in KiB that an allocator may keep after storms; it depends on how far queues fill under
+/// load. Leaking one text of each measured outcome would take more than twice as much.
 constexpr long stormSlack = 16 * 1024;
 const std::string stormText(200, 'x');
-/// Storms that are not measured.
 constexpr int firstStorms = 3;
 
 class FaultResult : public FaultTest
@@ -26,7 +25,7 @@ protected:
             panel->platform->emitCommandResult("wifi", "storm", std::to_string(i) + text);
     }
 
-    /// Makes storms, of which the first are not measured.
+    /// Repeats storms; the first ones are not measured.
     void repeatStorms(int times, const std::function<void()>& storm)
     {
         memorySlack = stormSlack;
@@ -35,16 +34,16 @@ protected:
         repeat(times, storm);
     }
 
-    /// Returns when the server has been handed everything that the platform has emitted.
+    /// Returns when the server has handled all earlier outcomes.
     void drain()
     {
-        // The reply to the first is behind the signals on the bus, the second behind them in the
-        // application's thread.
+        // The bus delivers the first reply after the signals; the application's thread handles the
+        // second request after them.
         for (int i = 0; i < 2; ++i)
             ASSERT_EQ(client->request("getBrightness", patienceFactor * 60s), "0 75");
     }
 
-    /// Sends a scan and returns when the platform has got it.
+    /// Sends a scan and returns when the platform has received the call.
     void sendScan()
     {
         panel->platform->takeCalls();
@@ -110,7 +109,7 @@ TEST_F(FaultResult, RequestsAreAnsweredWhileTheyCome)
 
 TEST_F(FaultResult, ATextOfAMebibyteIsCutAtTheEndOfTheAnswer)
 {
-    memorySlack = 24 * 1024; // KiB; keeping one text of each outcome would be more
+    memorySlack = 24 * 1024; // KiB; leaking one text of each outcome would take more
     const std::string text(1 << 20, 'x');
     repeat(7, [&] {
         for (const auto& [service, command, json] :
@@ -188,8 +187,7 @@ TEST_F(FaultResult, OneThatComesAfterItsScanHasFailedEndsTheNextCommand)
     expectScanWorks();
 }
 
-/// On a server of its own: one that has been through the storms above has free memory enough to
-/// hide what these leave behind.
+/// Uses a new server: one that has handled the storms above has enough free memory to hide a leak.
 class FaultResultDuringTheCall : public FaultResult
 {
 };
@@ -203,7 +201,7 @@ TEST_F(FaultResultDuringTheCall, AThousandGiveTheFirstOne)
                                "scan", (std::to_string(i) + stormText).c_str());
         return sd_bus_reply_method_return(message, "i", 7);
     });
-    memorySlack = 2 * 1024; // KiB, a third of what keeping one text of each outcome would be
+    memorySlack = 2 * 1024; // KiB; one leaked text per outcome takes three times as much
     repeat(30, [&] {
         EXPECT_EQ(client->request(scan), "0 7;wifi;scan;0" + stormText);
         drain();

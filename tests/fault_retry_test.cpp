@@ -1,5 +1,4 @@
-// A backend that is started in vain again and again, each time with a bus connection of its own:
-// nothing of it may stay.
+// A backend whose start fails repeatedly, each time with a new bus connection: nothing may leak.
 
 #include "dbus_ovik/OVIKInterfaceDbus.h"
 
@@ -20,14 +19,13 @@ using Texts = std::vector<std::string>;
 
 constexpr int firstTries = 50;
 constexpr int measuredTries = 300;
-/// KiB; less than a third of one for each try.
+/// KiB; less than a third of a KiB per try.
 constexpr long memorySlack = 96;
 
 class FaultRetry : public testing::Test
 {
 protected:
-    /// Tries often, as the application does every second. @p outcome and @p warnings are the texts
-    /// of each try.
+    /// Tries often, as the application does each second. Each try reports @p outcome, @p warnings.
     void expectTriesLeaveNothingBehind(const std::string& outcome, const Texts& warnings)
     {
         OVIKInterfaceDbus backend;
@@ -44,7 +42,7 @@ protected:
         };
         takeWarnings();
         takeDiagnostics();
-        ASSERT_FALSE(backend.init()); // on the connection that the whole process shares
+        ASSERT_FALSE(backend.init()); // on the process's shared connection
         ASSERT_EQ(takeWarnings(), warnings);
         ASSERT_EQ(takeDiagnostics(), Texts{outcome});
         tryOften(firstTries);
@@ -76,7 +74,7 @@ TEST_F(FaultRetry, OnABusWithoutTheService)
 TEST_F(FaultRetry, WithoutABus)
 {
     theBus().stop();
-    // The connection that the whole process shares is told of it by Qt's own thread.
+    // Qt's own thread notices the end of the shared connection.
     ASSERT_TRUE(waitUntil([] { return !QDBusConnection::systemBus().isConnected(); }));
     expectTriesLeaveNothingBehind("dbus-debug connection failed", {});
     theBus().start();

@@ -1,4 +1,4 @@
-// A platform that is there but does not answer: what waits for the bus's time-out of 25 seconds.
+// A platform that exists but does not answer: tests that wait for the bus's time-out of 25 seconds.
 
 #include "tests/support/fault_fixture.h"
 
@@ -10,13 +10,13 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto answerBound = 60s;
 
-/// The answer to a request that takes the time-out, and not much more.
+/// The answer to a request that must end with the time-out.
 std::string requestThatTimesOut(Client& client, const std::string& text)
 {
     const auto start = Clock::now();
     const std::string answer = client.request(text, answerBound);
     const std::chrono::duration<double> time = Clock::now() - start;
-    EXPECT_GE(time, 23.5s); // Qt's timer may be a twentieth off
+    EXPECT_GE(time, 23.5s); // Qt's timer may deviate by a twentieth
     EXPECT_LT(time, 35s);
     figure("seconds until " + text + " timed out: " + std::to_string(time.count()));
     return answer;
@@ -45,10 +45,10 @@ TEST(FaultSlow, AFrozenPanelFailsACallAfter25SecondsAndItsLateRepliesAreNotTaken
 
     panel.signal(SIGSTOP);
     EXPECT_EQ(requestThatTimesOut(client, "getBrightness"), "-4");
-    // The mode that guards the write is not known, so the write is not even tried.
+    // The mode is unknown after the failed query, so the write is not tried.
     EXPECT_EQ(requestThatTimesOut(client, "setHWPluginLedValue;0;1;1"), "-12");
     panel.signal(SIGCONT);
-    // The late replies are 41 and 2, the next answers are not.
+    // The late replies are 41 and 2; the next answers must differ.
     EXPECT_EQ(client.request("getNetworkConfigJson").rfind("0 {", 0), 0u);
     expectWorks();
     expectNothingLeftBehind(server.process().pid(), before);
@@ -85,7 +85,7 @@ TEST_F(FaultSlowReply, OnAFrozenBusIsAFailureAfter25SecondsAndTheLateOneIsNotTak
     panel->bus.signal(SIGSTOP);
     EXPECT_EQ(requestThatTimesOut(*client, "getBrightness"), "-4");
     panel->bus.signal(SIGCONT);
-    // The platform answers the second call now, and nobody waits for that any more.
+    // The platform's late reply to the second call is dropped.
     EXPECT_EQ(client->request("getBrightness"), "0 3");
 }
 
@@ -97,7 +97,7 @@ TEST(FaultSlow, APanelThatIsFrozenAtTheStartIsAdoptedWholeOnceItGoesOn)
     panel.signal(SIGSTOP);
     Server server;
     Client client(serverSocket);
-    // Requests wait for a try to find the platform, and are answered without one between two tries.
+    // Requests block while the service looks for the platform, but not between two tries.
     std::chrono::duration<double> longest = 0s;
     const auto timed = [&](const std::string& request) {
         const auto start = Clock::now();
@@ -117,7 +117,7 @@ TEST(FaultSlow, APanelThatIsFrozenAtTheStartIsAdoptedWholeOnceItGoesOn)
     EXPECT_LT(longest, patienceFactor * 6s);
     EXPECT_GT(longest, 4s) << "the platform was not frozen while it was looked for";
     figure("seconds from its waking up to right answers: " + std::to_string(took.count()));
-    // Modules in slots 0 and 2 have the places 0 and 1.
+    // Modules in slots 0 and 2 have places 0 and 1.
     EXPECT_EQ(client.request("getHWPluginLedMode;1;1"), "0 2");
     EXPECT_EQ(client.request("getHWPluginLedMode;2;1"), "-10");
 }
