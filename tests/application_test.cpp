@@ -1,4 +1,4 @@
-// The application object: its modes, and which backend's proxies serve after each switch.
+// The application object: its modes, and which backend's proxies are used after each switch.
 
 #include "dbus_ovik/HWPluginInstanceProxyDbus.h"
 #include "wrapper_ovik/ovikapplication.h"
@@ -27,7 +27,7 @@ protected:
     }
     ~Application() override { settle(); }
 
-    /// A panel whose getters answer by name.
+    /// Makes the getters return fixed values.
     void answerAll(FakePlatform& platform)
     {
         platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));
@@ -163,7 +163,7 @@ TEST_F(Application, NoBackendClearsAllButTheModules)
 
 TEST_F(Application, ModeThreeAdoptsTheBusBackendAsItStands)
 {
-    // Nothing has initialised it, so there is nothing to adopt.
+    // No backend was initialised before, so there is none to adopt.
     EXPECT_EQ(app.setMode(3), 0);
     EXPECT_EQ(app.getMode(), 2);
     EXPECT_EQ(buzzer(), -1);
@@ -182,7 +182,7 @@ TEST_F(Application, AFailingDbusModeChangesNothingButModeFiveFallsBackToNone)
     {
         FakePlatform platform([] {
             auto objects = FakePlatform::wholePanel();
-            objects.erase("/SysStat"); // not valid, so that it is initialised again
+            objects.erase("/SysStat"); // incomplete, so mode 2 initialises the backend again
             return objects;
         }());
         answerAll(platform);
@@ -217,7 +217,7 @@ TEST_F(Application, ASecondAdoptionOfAPartialPanelServesAndDanglesNowhere)
         settle(); // deletes the replaced proxies
         EXPECT_EQ(buzzer(), 0);
         EXPECT_EQ(services(), 0);
-        // The list of modules grows by the two found again.
+        // Each adoption appends the two modules found.
         for (unsigned int place = 0; place < 2u * unsigned(i); ++place)
             EXPECT_EQ(app.getHWPluginLedMode(place, 0).value, 1);
         EXPECT_EQ(app.getHWPluginLedMode(2u * unsigned(i), 0).status, -10);
@@ -251,7 +251,7 @@ TEST_F(Application, AFailingProxysStatusComesWithAnEmptyText)
 TEST_F(Application, AnInstanceWithoutChildrenAnswersMinusOneAndAnEmptyPlaceMinusTen)
 {
     QDBusConnection bus = QDBusConnection::systemBus();
-    HWPluginInstanceProxyDbus withoutChildren(bus, 1); // as there is no platform
+    HWPluginInstanceProxyDbus withoutChildren(bus, 1); // because there is no platform
     app.m_HWPluginInstances = {&withoutChildren, nullptr};
     EXPECT_EQ(app.getHWPluginIOMode(0, 0).status, -1);
     EXPECT_EQ(app.getHWPluginLedMode(0, 0).status, -1);
@@ -290,7 +290,7 @@ TEST_F(Application, CheckDbusWaitsForASecondAndNotMuchLonger)
 {
     const auto start = std::chrono::steady_clock::now();
     app.checkDbus();
-    // One try on a busy machine tells little of the longest wait, so the quickest of a few counts.
+    // A busy machine can delay any single try, so use the quickest of a few.
     int tries = 0;
     double quickest = HUGE_VAL;
     while (tries < 5 && quickest >= 1500) {
@@ -300,7 +300,7 @@ TEST_F(Application, CheckDbusWaitsForASecondAndNotMuchLonger)
         quickest = std::min(quickest, millisecondsSince(last));
         ++tries;
     }
-    EXPECT_GE(millisecondsSince(start), 1000 * tries); // Qt's precise timers are never early
+    EXPECT_GE(millisecondsSince(start), 1000 * tries); // Qt's precise timers never fire early
     EXPECT_LT(quickest, 1500);
 }
 
@@ -316,10 +316,10 @@ TEST_F(Application, EepromAddressesAreTheirLowByte)
 
 // --- Every switch after every other --------------------------------------------------------------
 
-/// Who answers a facility.
+/// The backend that answers for a facility.
 enum Source { None, Local, Dbus };
 
-/// What the application should be like after the switches made so far.
+/// The expected state of the application after the switches so far.
 struct Expected {
     bool busThere;
     bool libraryThere;
@@ -338,7 +338,7 @@ struct Expected {
             if (!libraryThere)
                 return -6;
             mode = 1;
-            buzzer = Local; // service manager and modules stay
+            buzzer = Local; // the service manager and modules remain
             return 0;
         case 2:
             busInitialised |= busThere;
@@ -357,7 +357,7 @@ private:
     int none()
     {
         mode = 0;
-        buzzer = services = None; // the modules stay
+        buzzer = services = None; // the modules remain
         return 0;
     }
     int bus()
@@ -380,7 +380,7 @@ protected:
 
     std::unique_ptr<Variable> noFactory;
 
-    /// How many of the facilities that both backends have are there.
+    /// How many of the facilities common to both backends are present.
     static int served(OvikApplication& app)
     {
         const status_t statuses[] = {
@@ -394,7 +394,7 @@ protected:
                                  [](status_t status) { return status != OVIK_NO_PLATFORM; }));
     }
 
-    /// On the bus the buzzer is in a mode that the library's never is in.
+    /// On the bus, the buzzer has a mode that the library's buzzer never has.
     static Source source(const StatusIntResp& resp)
     {
         if (resp.status != 0)
@@ -416,7 +416,7 @@ TEST_P(Switches, LeaveThePointersThatTheyShould)
     for (const char* member : {"Buzzer.GetBuzzerMode", "ServiceManager.state", "Leds.GetLedMode"})
         platform.answer(member, replyWith("i", 42));
 
-    testing::internal::CaptureStdout(); // the lines about illegal modes
+    testing::internal::CaptureStdout(); // discards the lines about illegal modes
     for (int first = -1; first <= 7; ++first) {
         for (int second = -1; second <= 7; ++second) {
             int argc = 1;
@@ -460,7 +460,7 @@ TEST_F(Application, ASecondAdoptionOfAPartialLibraryServesAndDanglesNowhere)
         EXPECT_EQ(buzzer(), 0);
         EXPECT_EQ(app.getAvailableMemory().status, -1);
     }
-    // A switch that fails half-way: the library lost its factory.
+    // A switch fails half-way because the library has no factory.
     {
         const Variable noFactory("OVIK_SIM_NO_FACTORY", "1");
         EXPECT_EQ(app.setMode(1), -6);

@@ -1,4 +1,4 @@
-// A program of its own: what it does to the bus lasts for the life of the process.
+// A separate program, because its effect on the bus lasts for the life of the process.
 
 #include "wrapper_ovik/ovik_c.h"
 
@@ -18,7 +18,7 @@ namespace
 std::atomic<int> applications{0};
 }
 
-/// Every application says first of all which mode it starts in.
+/// Every new application first reports its initial mode.
 void logOVIKErrors(char* err)
 {
     if (strncmp(err, "OVIK set mode", 13) == 0)
@@ -28,7 +28,7 @@ void logOVIKErrors(char* err)
 TEST(Bridge, AnApplicationThatComesLateIsWaitedForAgain)
 {
     PrivateBus bus;
-    // A bus that takes connections and never answers: initialising the backend waits for it.
+    // This bus accepts connections but never answers, so initialising the backend blocks.
     bus.stop();
     const std::string path = bus.address().substr(bus.address().find('/'));
     unlink(path.c_str());
@@ -49,7 +49,7 @@ TEST(Bridge, AnApplicationThatComesLateIsWaitedForAgain)
     EXPECT_EQ(ovik_getBuzzerMode(&value), -3);
     EXPECT_EQ(ovik_shutdown(), -5);
 
-    close(mute); // refused at last, so the thread goes on
+    close(mute); // the connection is refused, so the thread continues
     EXPECT_EQ(ovik_init(2), 0);
     EXPECT_EQ(applications, 1) << "the same thread, no second one";
     EXPECT_EQ(ovik_getBuzzerMode(&value), -1);

@@ -1,4 +1,4 @@
-// The C API: start and stop of the application thread, and what every function copies out.
+// The C API: start and stop of the application thread, and the outputs of every function.
 
 #include "wrapper_ovik/ovik_c.h"
 
@@ -26,7 +26,7 @@
 
 namespace
 {
-/// What the application says on its way is kept until it appears.
+/// Keeps all diagnostics seen before @p text.
 bool waitForDiagnostic(const std::string& text, std::vector<std::string>& kept)
 {
     return waitUntil([&] {
@@ -43,7 +43,7 @@ int threads()
         std::distance(directory_iterator("/proc/self/task"), directory_iterator()));
 }
 
-/// Every request function, as a call that stores into outputs of its own.
+/// Every request function, called with outputs of its own.
 struct Function {
     const char* name;
     std::function<status_t()> call;
@@ -145,7 +145,7 @@ TEST(Stopped, AThreadThatCannotBeCreatedIsMinusTwo)
     pthread_attr_t huge;
     ASSERT_EQ(pthread_getattr_default_np(&old), 0);
     ASSERT_EQ(pthread_getattr_default_np(&huge), 0);
-    // Nearly all that can be addressed: of 32 bits, half can be had.
+    // With 32 bits, half the address space can be allocated, so ask for nearly all of it.
     ASSERT_EQ(pthread_attr_setstacksize(&huge, SIZE_MAX & ~size_t(0xFFFFF)), 0);
     ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
     EXPECT_EQ(ovik_init(0), -2);
@@ -217,7 +217,7 @@ TEST_F(Bridge, StartModeOneServesFromTheLibraryAlsoAfterARestart)
 
 TEST_F(Bridge, AnObjectWhoseThreadHasEndedIsNotWaitedFor)
 {
-    // The library makes its object on the first application thread, and the second meets it.
+    // The library creates its object on the first application thread; the second one uses it.
     const Variable inCaller("OVIK_SIM_SYSTEMINFO_IN_CALLER", "1");
     for (int i = 0; i < 2; ++i) {
         ASSERT_EQ(ovik_init(1), 0);
@@ -233,7 +233,7 @@ TEST_F(Bridge, AnObjectWhoseThreadHasEndedIsNotWaitedFor)
 struct StartMode {
     int mode;
     bool platformThere;
-    status_t status; ///< what the buzzer answers
+    status_t status; ///< of the buzzer
     int buzzer;      ///< 0 in the library, 2 on the bus
     int modeAfter;
 };
@@ -330,12 +330,12 @@ TEST_F(Bridge, StartModeFourServesFromTheLibraryAndAfterTenSecondsTriesTheBus)
     EXPECT_EQ(ovik_getBuzzerMode(&mode), 0);
     EXPECT_EQ(mode, 0) << "the library's buzzer";
     ASSERT_TRUE(waitUntil([&] { return ovik_getBuzzerMode(&mode) == 0 && mode == 2; }));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 9500ms); // a timer of 5 % tolerance
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 9500ms); // the timer has a tolerance of 5 %
     EXPECT_LT(std::chrono::steady_clock::now() - start, 14s);
     EXPECT_EQ(mode, 2);
 }
 
-// --- A loop that something else ends -------------------------------------------------------------
+// --- A loop that other code ends -----------------------------------------------------------------
 
 struct UnservedCall {
     const char* name;
@@ -361,7 +361,7 @@ TEST_F(Bridge, ACallThatTheLoopLeavesUnservedReturns)
             waitUntil([] { return QAbstractEventDispatcher::instance()->hasPendingEvents(); });
             QCoreApplication::quit();
         };
-        // The loop ends after a timer without serving what was posted meanwhile.
+        // The timer ends the loop before it executes the calls posted meanwhile.
         QObject* const app = QCoreApplication::instance();
         const auto armTimer = [&] { QTimer::singleShot(1, app, quitWhenCalled); };
         QMetaObject::invokeMethod(app, armTimer, Qt::BlockingQueuedConnection);
@@ -408,7 +408,7 @@ TEST_F(Answered, ATextThatFillsTheBufferIsNotTerminated)
     for (const size_t size : {0u, 3u, 9u, 10u, 11u, 500u}) {
         const std::string text(size, 'x');
         std::string expected = text.substr(0, 10);
-        expected.resize(10, '\0'); // a shorter one is followed by NUL bytes
+        expected.resize(10, '\0'); // a shorter text is padded with NUL bytes
         expected += "guard";
         for (const auto& [member, get] : textGetters) {
             platform.answer(member, replyText(text));
@@ -453,7 +453,7 @@ TEST_F(Answered, ByteReadsWriteExactlyTheirLength)
         platform.answer("I2CSEEPROM.readSlvAddr", replyResultAndBytes(0, sent));
         platform.answer("Sensors.readIo", replyBytes(sent));
         std::string expected = sent.substr(0, 16);
-        expected.resize(16, '\0'); // what the platform did not send
+        expected.resize(16, '\0'); // bytes that the platform did not send
         expected += '#';
         using Read = status_t (*)(unsigned char*);
         for (const Read read :

@@ -34,10 +34,10 @@ static void fillWithDescriptors(sd_bus_message* signal)
     close(fd);
 }
 
-/* The reader allocates each string by itself, which costs it more than one of the same size. */
+/* The reader allocates each string separately, which costs more than one string of that size. */
 static void fillWithBytes(sd_bus_message* signal, long bytes)
 {
-    const long bytesPerString = 8; /* the length, "x", its NUL, two bytes up to the next one */
+    const long bytesPerString = 8; /* the length, "x", its NUL, two bytes of padding */
     check(sd_bus_message_open_container(signal, 'a', "s"), "open the array");
     for (long i = 0; i < bytes / bytesPerString; ++i)
         check(sd_bus_message_append_basic(signal, 's', "x"), "append a string");
@@ -61,7 +61,7 @@ int main(int argc, char** argv)
 
     int victims = 0;
     for (char** name = names; *name; ++name) {
-        /* A connection may go between the list and this question. */
+        /* A connection may close between the two calls. */
         sd_bus_creds* creds;
         pid_t owner = 0;
         if ((*name)[0] == ':' && sd_bus_get_name_creds(bus, *name, SD_BUS_CREDS_PID, &creds) >= 0) {
@@ -84,8 +84,8 @@ int main(int argc, char** argv)
         free(*name);
     }
     free(names);
-    /* Its reply comes behind everything that the bus has taken before. Debian's policy lets any
-     * user call this, but not org.freedesktop.DBus.Peer. */
+    /* The bus replies to this call after it has processed all signals. Debian's policy lets any
+     * user call it, unlike org.freedesktop.DBus.Peer. */
     check(sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                              "org.freedesktop.DBus", "GetId", NULL, NULL, ""),
           "call the bus");

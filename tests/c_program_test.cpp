@@ -1,4 +1,4 @@
-// The C API as a plain C11 program uses it, which is a program of its own: c_program.c.
+// Runs c_program.c, which uses the C API from plain C11.
 
 #include "tests/support/private_bus.h"
 

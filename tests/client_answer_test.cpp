@@ -16,8 +16,8 @@ namespace
 constexpr auto ok = OVIK_CLIENT_OK;
 constexpr auto bad = OVIK_CLIENT_WRONG_SHAPE;
 
-/// An answer of success whose text lies in memory of just its size, so that a sanitizer sees a read
-/// beyond it.
+/// A success answer with its text in memory of the exact size, so that a sanitizer detects reads
+/// beyond its end.
 class Answer : public ovik_client_answer
 {
 public:
@@ -84,7 +84,7 @@ struct NumberRow {
     const char* text;
     ovik_client_error asUnsigned;
     ovik_client_error asSigned;
-    uint64_t value; ///< of a negative number, as 64 bits
+    uint64_t value; ///< a negative number as its 64 bits
 };
 
 const NumberRow numberRows[] = {
@@ -192,7 +192,7 @@ const BytesRow bytesRows[] = {
     {"00", ok, {0}},
     {"01,AB,FF", ok, {1, 0xAB, 0xFF}},
     {"9A,A9,0F", ok, {0x9A, 0xA9, 0x0F}},
-    {"01,AB,00,10", bad}, // more than there is room for
+    {"01,AB,00,10", bad}, // more than the buffer's size
     {"0", bad},
     {"ab", bad},
     {"0G", bad},
@@ -347,7 +347,7 @@ TEST(ClientJoin, FieldsBecomeARequestOfAtMostTheLongestThatTheServiceTakes)
         std::vector<const char*> fields;
         for (const std::string& field : row.fields)
             fields.push_back(field.c_str());
-        std::vector<char> buffer(row.size, 'o'); // of just the size, for a sanitizer to see
+        std::vector<char> buffer(row.size, 'o'); // exact size, so that a sanitizer detects overruns
         EXPECT_EQ(ovik_client_join(fields.data(), fields.size(), buffer.data(), row.size),
                   row.error)
             << row.request;

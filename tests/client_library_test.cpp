@@ -1,4 +1,4 @@
-// The client library against a server that does what it should not, and late.
+// The client library against servers that misbehave or answer late.
 
 #include "client/ovik_client.h"
 #include "tests/support/scripted_peer.h"
@@ -25,9 +25,9 @@ namespace
 {
 using Clock = std::chrono::steady_clock;
 
-/// What every call gets that is not to wait in vain.
+/// The time-out of calls that should succeed.
 constexpr int longEnough = static_cast<int>(patience.count());
-/// What every call gets that is: it ends no earlier, and as soon as a loaded machine can.
+/// The time-out of calls that should time out. A loaded machine may end them much later.
 constexpr int shortTime = 200;
 
 struct Client {
@@ -49,7 +49,7 @@ struct Client {
     ovik_client_answer answer = {77, "old", 77};
 };
 
-/// A batch, with its answers' texts in the order in which they came.
+/// A batch, and its answers in order of arrival.
 struct Batch {
     std::vector<std::string> requests;
     std::vector<std::string> answers;
@@ -79,7 +79,7 @@ std::vector<std::string> numbered(int count)
     return requests;
 }
 
-/// Answers every request with "0 " and its own text until the client has gone.
+/// Answers every request with "0 " and its own text until the client disconnects.
 void echo(ScriptedPeer& peer)
 {
     for (std::string request; !(request = peer.receive()).empty();)
@@ -98,7 +98,7 @@ void expectEnded(ovik_client* client)
     EXPECT_EQ(progress.sent + progress.answered, 0u);
 }
 
-/// How long a call took that was to end at its deadline.
+/// Checks that a call times out, and not before its deadline.
 template <class Call>
 void expectLate(Call call, int timeout = shortTime)
 {
@@ -108,7 +108,7 @@ void expectLate(Call call, int timeout = shortTime)
     EXPECT_LT(millisecondsSince(start), longEnough / 2);
 }
 
-/// Interrupts what the calling thread waits for, every few milliseconds.
+/// Interrupts the blocking calls of this thread every few milliseconds.
 class Interruptions
 {
 public:
@@ -123,7 +123,7 @@ public:
     ~Interruptions()
     {
         set(0);
-        signal(SIGALRM, SIG_IGN); // as one may still be on its way
+        signal(SIGALRM, SIG_IGN); // a signal may still be pending
     }
     Interruptions(const Interruptions&) = delete;
     Interruptions& operator=(const Interruptions&) = delete;
@@ -195,7 +195,7 @@ TEST(ClientOpen, ASocketOfOthersIsNotPermitted)
 {
     const ScriptedPeer peer([](ScriptedPeer&) {});
     ASSERT_EQ(chmod(peer.path().c_str(), 0), 0);
-    // Root may use any socket: for this it is nobody. For others nothing changes.
+    // Root may use any socket, so act as nobody here. For other users this changes nothing.
     const int self = setfsuid(65534);
     EXPECT_EQ(Place().open(peer.path()), OVIK_CLIENT_NO_PERMISSION);
     setfsuid(static_cast<uid_t>(self));
@@ -217,15 +217,15 @@ TEST(ClientOpen, WithoutADescriptorItIsAnErrorOfTheSystem)
 
 TEST(ClientOpen, AProgramThatIsStartedDoesNotInheritTheConnection)
 {
-    ScriptedPeer peer([](ScriptedPeer&) {}); // accepting would take a descriptor meanwhile
-    const std::string before = std::to_string(dup(STDERR_FILENO)); // the lowest that is free
+    ScriptedPeer peer([](ScriptedPeer&) {}); // accepting would use a descriptor
+    const std::string before = std::to_string(dup(STDERR_FILENO)); // the lowest free one
     close(std::stoi(before));
     const Client client(peer.path());
     ASSERT_EQ(client.error, OVIK_CLIENT_OK);
     EXPECT_EQ(fcntl(std::stoi(before), F_GETFD), FD_CLOEXEC);
 }
 
-/// Clients that fill the queue of a server which accepts none.
+/// Clients that fill the queue of a server which accepts nobody.
 struct FullQueue {
     std::promise<void> served;
     ScriptedPeer peer{[this](ScriptedPeer& self) {
@@ -252,7 +252,7 @@ TEST(ClientOpen, SignalsDoNotPutTheDeadlineOff)
     FullQueue queue;
     const Interruptions interruptions;
     expectLate([&] { return Client(queue.peer.path(), shortTime).error; });
-    EXPECT_GT(Interruptions::count, 0); // when starved, it sees no more
+    EXPECT_GT(Interruptions::count, 0); // under starvation there may be only one
     queue.serve();
 }
 
@@ -262,7 +262,7 @@ TEST(ClientOpen, AClientConnectsWhenThereIsRoomAgain)
         FullQueue queue;
         const Interruptions interruptions;
         auto later = std::async(std::launch::async, [&] {
-            // It has been tried in vain by then, most of the time.
+            // By now the client has usually tried several times.
             waitUntil([] { return Interruptions::count > 5; });
             queue.serve();
         });
@@ -330,7 +330,7 @@ const AnswerRow answerRows[] = {
     {"0 " + std::string(longest - 2, 'x') + nul, ok, 0, std::string(longest - 2, 'x')},
     {"0 " + std::string(longest - 1, 'x') + nul, bad},
     {"0 " + std::string(100000, 'x') + nul, bad},
-    {"0 " + std::string(longest - 2, 'x') + nul + "x" + nul, bad}, // whose end is not seen
+    {"0 " + std::string(longest - 2, 'x') + nul + "x" + nul, bad}, // received without its end
 };
 
 TEST(ClientRequest, AnAnswerIsAStatusAndATextOrNone)
@@ -340,7 +340,7 @@ TEST(ClientRequest, AnAnswerIsAStatusAndATextOrNone)
             self.accept();
             EXPECT_EQ(self.receive(), "getIt" + nul);
             EXPECT_TRUE(self.send(row.bytes));
-            EXPECT_EQ(self.receive(), ""); // it is closed, whether by the error or by the client
+            EXPECT_EQ(self.receive(), ""); // closed by the error or by the destructor
         });
         Client client(peer.path());
         const std::string start = row.bytes.substr(0, 20);
@@ -365,7 +365,7 @@ TEST(ClientRequest, GoesWithItsNulAndUpToTheLongestThatTheServiceTakes)
         EXPECT_EQ(client.request(text), OVIK_CLIENT_OK);
         EXPECT_EQ(client.answer.text, text);
     }
-    // Nothing of a longer one is sent, and the client can be used on.
+    // A longer request is not sent at all, and the client remains usable.
     EXPECT_EQ(client.request(std::string(OVIK_CLIENT_REQUEST_MAX + 1, 'x')),
               OVIK_CLIENT_BAD_REQUEST);
     Batch batch = {{"a", std::string(OVIK_CLIENT_REQUEST_MAX + 1, 'x')}, {}};
@@ -382,7 +382,7 @@ TEST(ClientRequest, TheDeadlineIsKeptWhenNoAnswerComes)
         ScriptedPeer peer([](ScriptedPeer& self) {
             self.accept();
             EXPECT_EQ(self.receive(), "a" + nul);
-            EXPECT_EQ(self.receive(), ""); // closed at once
+            EXPECT_EQ(self.receive(), "");
         });
         Client client(peer.path());
         expectLate([&] { return client.request("a", timeout); }, timeout);
@@ -400,7 +400,7 @@ TEST(ClientRequest, SignalsDoNotPutTheDeadlineOff)
     Client client(peer.path());
     const Interruptions interruptions;
     expectLate([&] { return client.request("a", shortTime); });
-    EXPECT_GT(Interruptions::count, 0); // when starved, it sees no more
+    EXPECT_GT(Interruptions::count, 0); // under starvation there may be only one
 }
 
 TEST(ClientRequest, SignalsDoNotEndTheWaitForAnAnswer)
@@ -445,7 +445,7 @@ TEST(ClientRequest, AnAnswerIsReadWhateverErrnoWasBefore)
     std::promise<void> answered;
     ScriptedPeer peer([&](ScriptedPeer& self) {
         self.accept();
-        self.answer("0 early"); // so that the first receive gets it
+        self.answer("0 early"); // before the client's first receive
         answered.set_value();
         self.receive();
     });
@@ -458,7 +458,7 @@ TEST(ClientRequest, AnAnswerIsReadWhateverErrnoWasBefore)
 
 TEST(ClientRequest, AServiceThatClosesIsTold)
 {
-    signal(SIGPIPE, SIG_DFL); // whatever this program was started with
+    signal(SIGPIPE, SIG_DFL); // the parent may ignore the signal
     const std::function<void(ScriptedPeer&)> scripts[] = {
         [](ScriptedPeer& self) { self.accept(), self.receive(), self.disconnect(); },
         [](ScriptedPeer& self) { self.accept(), self.receive(), self.send(""); }};
@@ -475,7 +475,7 @@ TEST(ClientRequest, AServiceThatHasClosedBeforeIsTold)
 {
     signal(SIGPIPE, SIG_DFL);
     const std::function<void(ScriptedPeer&)> scripts[] = {
-        [](ScriptedPeer&) {}, // it was not even accepted
+        [](ScriptedPeer&) {}, // not even accepted
         [](ScriptedPeer& self) { self.accept(), self.disconnect(); }};
     for (const auto& script : scripts) {
         auto peer = std::make_unique<ScriptedPeer>(script);
@@ -532,13 +532,13 @@ TEST(ClientBatch, AllRequestsAreSentBeforeTheFirstAnswerIsNeeded)
     std::vector<const char*> requests;
     for (const std::string& text : texts)
         requests.push_back(text.c_str());
-    // Whoever wants neither answers nor progress gets none.
+    // The callback and the progress are optional.
     EXPECT_EQ(ovik_client_batch(client.client, requests.data(), 20, longEnough, nullptr, nullptr,
                                 nullptr),
               OVIK_CLIENT_OK);
 }
 
-/// How many requests find room in a connection as the system makes it.
+/// How many requests a connection can buffer with the system's default size.
 size_t usualRoom(const std::string& path, const std::string& request)
 {
     const int sock = socket(AF_UNIX, SOCK_SEQPACKET, 0);
@@ -555,7 +555,7 @@ size_t usualRoom(const std::string& path, const std::string& request)
 TEST(ClientBatch, MoreRequestsAreQueuedThanUsual)
 {
     std::promise<void> done;
-    ScriptedPeer peer([&](ScriptedPeer&) { done.get_future().wait(); }); // takes nothing
+    ScriptedPeer peer([&](ScriptedPeer&) { done.get_future().wait(); }); // receives nothing
     Batch batch{std::vector<std::string>(50000, "unknown"), {}};
     const size_t usual = usualRoom(peer.path(), "unknown");
     Client client(peer.path());
@@ -571,7 +571,7 @@ TEST(ClientBatch, NeitherSideWaitsForTheOtherForEver)
     const std::string large = "0 " + std::string(9997, 'x');
     ScriptedPeer peer([&](ScriptedPeer& self) {
         self.accept();
-        // A pause now and then, in which the client fills what room there is; every send waits.
+        // During each pause the client fills the buffers; every send then blocks.
         for (int i = 0; i < count; ++i) {
             EXPECT_EQ(self.receive(), "r" + std::to_string(i) + nul);
             if (i % 500 == 0)
@@ -587,9 +587,9 @@ TEST(ClientBatch, NeitherSideWaitsForTheOtherForEver)
 
 struct EndRow {
     const char* what;
-    int taken;        ///< requests that are received, of 20
-    int answered;     ///< that are answered well
-    std::string then; ///< is sent after that
+    int taken;        ///< how many of 20 requests are received
+    int answered;     ///< how many are answered correctly
+    std::string then; ///< the message sent afterwards
     ovik_client_error error;
 };
 
@@ -627,7 +627,7 @@ TEST(ClientBatch, TheCallerKnowsWhichWereAnsweredWhen)
 
 TEST(ClientBatch, WhatWasSentIsWhatTheServiceCanHaveSeen)
 {
-    // It takes 3 and ends, while the client has far more than there is room for.
+    // The server ends after 3 requests, while the client has far more than the buffers can take.
     constexpr size_t count = 50000;
     ScriptedPeer peer([](ScriptedPeer& self) {
         self.accept();
@@ -650,12 +650,12 @@ TEST(ClientBatch, OneDeadlineIsForAllOfIt)
     ScriptedPeer peer([](ScriptedPeer& self) {
         self.accept();
         do
-            std::this_thread::sleep_for(5ms); // each answer comes in time
+            std::this_thread::sleep_for(5ms); // each single answer is in time
         while (!self.receive().empty() && self.answer("0"));
     });
     Client client(peer.path());
     Batch batch = {numbered(100000), {}};
-    constexpr int someTime = 1000 * patienceFactor; // a starved peer, too, answers within it
+    constexpr int someTime = 1000 * patienceFactor; // enough for a starved peer to answer something
     expectLate([&] { return batch.run(client, someTime); }, someTime);
     EXPECT_GT(batch.progress.answered, 0u);
     EXPECT_EQ(batch.progress.answered, batch.answers.size());
@@ -678,7 +678,7 @@ TEST(ClientBatch, ADeadlineThatIsOverTakesWhatIsThere)
     EXPECT_EQ(batch.progress.answered, 0u);
 }
 
-// --- Nothing is left -----------------------------------------------------------------------------
+// --- No leaks ------------------------------------------------------------------------------------
 
 size_t openDescriptors()
 {

@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int longEnough = static_cast<int>(patience.count());
 
-/// A connection to where the server listens unless told otherwise.
+/// A connection to the server's default socket.
 struct Caller {
     Caller() : error(ovik_client_open(&client, nullptr, longEnough)) {}
     ~Caller() { ovik_client_close(client); }
@@ -30,7 +30,7 @@ struct Caller {
         return ovik_client_request(client, text.c_str(), timeout, &answer);
     }
 
-    /// The answers as they were sent; each failing is one too.
+    /// The answers as sent, including failures.
     std::vector<std::string> batch(const std::vector<std::string>& requests)
     {
         std::vector<const char*> texts;
@@ -96,7 +96,7 @@ TEST_F(ClientServer, EveryCommandIsAnsweredSinglyAndInABatch)
     std::vector<std::string> requests;
     std::vector<std::string> answers;
     for (const CommandRow& row : commandRows()) {
-        // Two commands may ask the platform for the same, but each example has the same answer.
+        // Commands that make the same platform call have equal replies in their examples.
         EXPECT_EQ(caller.request(joined(row.request())), OVIK_CLIENT_OK) << row.word;
         requests.push_back(row.request());
         answers.push_back(Caller::asSent(caller.answer));
@@ -228,7 +228,7 @@ TEST_F(ClientServer, AServerThatIsKilledIsGoneUntilItIsBack)
 
 // --- Times ---------------------------------------------------------------------------------------
 
-/// True while its main thread sleeps, as it does between its looks for requests.
+/// True while the server's main thread sleeps between two polls.
 bool isAsleep(pid_t pid)
 {
     std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
@@ -238,7 +238,7 @@ bool isAsleep(pid_t pid)
     return name != std::string::npos && stat[name + 2] == 'S';
 }
 
-/// In milliseconds, of some rounds.
+/// The median time of some rounds in milliseconds.
 double median(int rounds, const std::function<double()>& time)
 {
     std::vector<double> times;
@@ -256,7 +256,7 @@ TEST(Times, ABatchOf20ReadsTakesOneIdleSleepAnd20PlatformCalls)
     platform.answer("Backlight.getBrightness", replyWith("i", 75));
     Server server;
     ASSERT_TRUE(server.waitForPlatform());
-    // This process reaches the platform in the way that the server does.
+    // This process calls the platform in the same way as the server.
     ASSERT_EQ(ovik_init(2), OVIK_OK);
     int brightness = 0;
     ASSERT_TRUE(waitUntil([&] { return ovik_getBrightness(&brightness) == OVIK_OK; }));
@@ -265,8 +265,8 @@ TEST(Times, ABatchOf20ReadsTakesOneIdleSleepAnd20PlatformCalls)
     constexpr int reads = 20;
     const std::vector<std::string> requests(reads, "getBrightness");
     constexpr double idleSleep = 10;
-    constexpr double ownWork = 2; // of the server and of this program, with their waking up
-    // A request that comes before the server has fallen asleep again would not wait.
+    constexpr double ownWork = 2; // of the server and of this program, including wake-ups
+    // A request before the server falls asleep again would not wait.
     const auto timeFromIdle = [&](const std::function<void()>& work) {
         EXPECT_TRUE(waitUntil([&] { return isAsleep(server.process().pid()); }));
         const auto start = Clock::now();
@@ -274,7 +274,7 @@ TEST(Times, ABatchOf20ReadsTakesOneIdleSleepAnd20PlatformCalls)
         return millisecondsSince(start);
     };
     bool good = false;
-    // On a loaded machine a single measurement tells nothing, so the best of a few counts.
+    // A loaded machine can delay any single measurement, so the best of a few counts.
     for (int i = 0; i < 20 && !good; ++i) {
         const double calls = median(21, [&] {
             const auto start = Clock::now();
@@ -296,7 +296,7 @@ TEST(Times, ABatchOf20ReadsTakesOneIdleSleepAnd20PlatformCalls)
         });
         printf("20 calls %.2f ms, 20 requests %.2f ms, a batch of 20 %.2f ms, ratio %.1f\n", calls,
                singles, batch, singles / batch);
-        // Without the platform's part, which on a loaded machine is more than all the sleeps.
+        // The platform's time is subtracted: under load it exceeds all the sleeps.
         good = singles - calls > 8 * (batch - calls) && batch <= idleSleep + calls + ownWork;
     }
     EXPECT_TRUE(good);

@@ -1,5 +1,4 @@
-// The completion of ovikctl in real shells, as their users have it: the installed file, loaded by
-// the shell itself when TAB is pressed first.
+// The completion of ovikctl in real shells: they load the installed file at the first TAB.
 
 #include "protocol/command_table.h"
 #include "tests/support/ovikctl.h"
@@ -14,7 +13,7 @@ namespace
 {
 namespace fs = std::filesystem;
 
-/// A folder with a program "ovikctl", to be found in PATH.
+/// A folder with a program "ovikctl" for PATH.
 class Program
 {
 public:
@@ -30,7 +29,7 @@ public:
         std::ofstream(m_dir.path("bin/a file.txt"));
     }
     std::string path(const std::string& name) const { return m_dir.path(name); }
-    /// Of the shells: nothing of the user's own.
+    /// Keeps the user's own shell configuration out.
     Words environment() const
     {
         return {"PATH=" + path("bin") + ":" + getenv("PATH"), "HOME=" + path(""), "LC_ALL=C.UTF-8",
@@ -80,7 +79,7 @@ struct Shell {
 class Completion : public testing::TestWithParam<Shell>
 {
 protected:
-    /// Behind what is typed and TAB, the shell shows each of the texts.
+    /// Types @p typed and TAB, and expects each of @p texts on the screen.
     void expect(const std::string& typed, const Words& texts)
     {
         const auto shell = GetParam().open(m_program);

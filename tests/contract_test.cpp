@@ -1,5 +1,5 @@
-// What every backend promises: the same questions to each of them, over the same simulated panel,
-// and the same answers. A row says where a backend departs on purpose.
+// The common contract of all backends: each gets the same questions over the same simulated panel
+// and must give the same answers. A row lists the intended differences.
 
 #include "IProxy/IBacklightProxy.h"
 #include "IProxy/IBuzzerProxy.h"
@@ -69,8 +69,7 @@ Proxies proxiesOf(Backend& backend)
             backend.networkManagerProxy()};
 }
 
-/// A backend that has been started over a simulated panel of its own; or just its proxies, without
-/// the platform's objects.
+/// A started backend with its own simulated panel, or proxies without the platform's objects.
 class Started
 {
 public:
@@ -168,12 +167,12 @@ const Backend backends[] = {
     {"Local", make<LocalStarted>, make<LocalAbsent>},
 };
 
-/// An answer as text: the status, and the value if it counts.
+/// An answer as text: the status and the value.
 std::string told(status_t status, const QString& value)
 {
     return QString("%1 %2").arg(status).arg(value).toStdString();
 }
-/// By reference, as the call that gives the status sets the value.
+/// A reference, because the call in the first argument sets the value.
 std::string told(status_t status, const int& value) { return told(status, QString::number(value)); }
 
 int answer;
@@ -184,10 +183,10 @@ struct Question {
     const char* what;
     std::string (*ask)(Proxies&);
     std::string expected;
-    std::map<std::string, std::string> departures; ///< by backend
+    std::map<std::string, std::string> departures; ///< other expected answers, by backend
 };
 
-// In this order, as later questions build on what earlier ones have set.
+// In this order, since later questions depend on values set by earlier ones.
 // clang-format off
 const std::vector<Question> questions = {
     {"a valid backend", [](Proxies& p) { return told(0, p.backend->isValid()); }, "0 1", {}},

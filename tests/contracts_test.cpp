@@ -1,6 +1,6 @@
-// What the compiler and moc make of the contracts, as one text: the records and classes that the
-// platform library shares, the proxies, and the D-Bus interface files. A change of any of them
-// shows as a difference to golden/contracts.txt, which scripts/generate.sh writes anew.
+// Dumps the contracts as the compiler and moc see them: the records and classes shared with the
+// platform library, the proxies, and the D-Bus interface files. Every change of them differs from
+// golden/contracts.txt, which scripts/generate.sh updates.
 
 #include "IProxy/IHWPluginInstanceProxy.h"
 #include "IProxy/OVIKPlatformInterface.h"
@@ -45,7 +45,7 @@
 
 namespace
 {
-/// The compiler's own name of a type: unlike the meta-object's, it keeps const and references.
+/// The compiler's name of a type: unlike the meta-object's, it keeps const and references.
 template <class Type>
 std::string typeName()
 {
@@ -55,7 +55,7 @@ std::string typeName()
     return name.get();
 }
 
-/// A virtual operation with its place in the table, a static member, or a field with its offset.
+/// A virtual function with its index in the table, a static member, or a field with its offset.
 struct Member {
     enum Kind { Virtual, Static, Field } kind;
     std::string name;
@@ -65,7 +65,7 @@ struct Member {
     std::size_t alignment = 1;
 };
 
-/// Index in the virtual table, read from the representation of a pointer to a member function.
+/// Index in the virtual table, decoded from a pointer to a member function.
 template <class Function>
 std::size_t virtualIndex(Function function)
 {
@@ -84,7 +84,7 @@ std::size_t virtualIndex(Function function)
 #endif
 }
 
-/// The virtual functions of the contracts follow those of QObject.
+/// The contracts' virtual functions follow those of QObject.
 struct ObjectEnd : QObject {
     virtual void next() {}
     static std::size_t index() { return virtualIndex(&ObjectEnd::next); }
@@ -114,8 +114,8 @@ Member member(const char* name, Type*)
     return {Member::Static, name, typeName<Type>()};
 }
 
-/// The fields in their order in memory. Fails for a gap, which a field that is not listed leaves
-/// unless it fits into padding.
+/// The fields in memory order. Fails on a gap, which shows an unlisted field, unless that field
+/// fits into padding.
 std::vector<Member> fieldsOf(const std::string& name, const std::vector<Member>& members,
                              std::size_t begin, std::size_t end, std::size_t alignment)
 {
@@ -141,7 +141,7 @@ std::vector<Member> fieldsOf(const std::string& name, const std::vector<Member>&
 template <class Record>
 std::string dumpedRecord(const std::string& name, const std::vector<Member>& members)
 {
-    // Offsets and sizes of plain records are equal on 64 bit and on ARM; those of strings are not.
+    // Plain records have equal offsets and sizes on 64 bit and ARM; records with strings do not.
     constexpr bool plain = std::is_pod_v<Record>;
     std::ostringstream out;
     out << "record " << name;
@@ -162,7 +162,7 @@ std::string dumpedRecord(const std::string& name, const std::vector<Member>& mem
     return out.str();
 }
 
-// Macros, as only they can make a text of a name.
+// Only a macro can turn a name into text.
 #define M(name) member(#name, &Seen::name)
 #define RECORD(record, ...)                                                                        \
     [] {                                                                                           \
@@ -249,7 +249,7 @@ std::string declarationOf(const QMetaMethod& method)
            ' ' + method.name().toStdString();
 }
 
-/// True when the method repeats one of the base class, parameter names apart.
+/// True when the method has the same declaration in the base class, except for parameter names.
 bool overrides(const QMetaObject& base, const QMetaMethod& method)
 {
     const int index = base.indexOfMethod(method.methodSignature());
@@ -288,7 +288,7 @@ std::string dumpedClass(const QMetaObject& meta, std::size_t virtualEnd, std::si
             continue;
         }
         out << "    " << declarationOf(method) << parameters;
-        // The forms with arguments left out follow the full one.
+        // The variants with default arguments follow the full method.
         int optional = 0;
         while (i + 1 < meta.methodCount() && meta.method(i + 1).attributes() & QMetaMethod::Cloned)
             ++optional, ++i;
@@ -315,8 +315,8 @@ std::string dumpedClass(const QMetaObject& meta, std::size_t virtualEnd, std::si
 
 static_assert(sizeof(QThread) == sizeof(QObject), "the data members follow those of either base");
 
-// "Seen" is a derived class, as it names protected members. Objects of the platform library's
-// classes are made by the library, so their data members are part of the contract.
+// "Seen" is a derived class, which gives access to protected members. The library creates the
+// objects of its own classes, so their data members are part of the contract.
 #define DUMPED(seenClass, size, ...)                                                               \
     [] {                                                                                           \
         struct Seen : seenClass {                                                                  \
@@ -480,7 +480,7 @@ std::string dbusInterfaces()
     return out.str();
 }
 
-/// The record, class or interface of each line that is not indented, with what follows.
+/// The section of each record, class or interface: an unindented line and the lines below it.
 std::map<std::string, std::string> sectionsOf(const std::string& text)
 {
     std::map<std::string, std::string> sections;

@@ -1,4 +1,4 @@
-// The D-Bus backend by itself: its start-up, what counts as there, its proxies and the records.
+// The D-Bus backend alone: its start-up, presence of objects, its proxies and the records.
 
 #include "IProxy/IMainOsProxy.h"
 #include "dbus_ovik/BacklightProxyDbus.h"
@@ -39,9 +39,9 @@ protected:
     DbusBackend()
     {
         theBus();
-        qDBusRegisterMetaType<ovikStorageInfo>(); // as the application object does
-        // Qt hands out signals of a connection made here from the next turn of the loop on, but not
-        // when that turn never comes because this application ends first.
+        qDBusRegisterMetaType<ovikStorageInfo>(); // the application object normally does this
+        // Qt delivers signals of a new connection from the next turn of the loop on. This
+        // application could end before that turn, so run it now.
         QDBusConnection::systemBus();
         QCoreApplication::processEvents();
         takeWarnings();
@@ -53,7 +53,7 @@ protected:
     QCoreApplication application{argc, nullptr};
 };
 
-/// A backend on a platform; the objects that it lacks are erased from the map first.
+/// A backend on a platform that lacks the objects in @p missing.
 struct Adopted {
     explicit Adopted(const std::vector<std::string>& missing = {})
     {
@@ -169,7 +169,7 @@ struct Facility {
     std::function<QObject*(OVIKInterfaceDbus&)> proxy;
 };
 
-// In the order in which they are created.
+// In the order in which the backend creates them.
 const std::vector<Facility> facilities = {
     {"/Buzzer", "m_buzzer not valid\n", [](auto& b) { return b.buzzerProxy(); }},
     {"/Backlight", "m_backlight not valid\n", [](auto& b) { return b.backlightProxy(); }},
@@ -241,9 +241,9 @@ TEST_F(DbusBackend, AnEmptyListOfModulesIsValid)
     EXPECT_TRUE(adopted.backend.HWPluginInstanceProxy().isEmpty());
 }
 
-// --- What counts as there ------------------------------------------------------------------------
+// --- Presence of objects -------------------------------------------------------------------------
 
-/// A document of @p size bytes that lists no interface.
+/// An introspection document of @p size bytes without interfaces.
 std::string documentOf(size_t size)
 {
     const std::string begin = "<node>";
@@ -251,7 +251,7 @@ std::string documentOf(size_t size)
     return begin + std::string(size - begin.size() - end.size(), ' ') + end;
 }
 
-/// One whose first tag has @p size bytes.
+/// A document whose first tag has @p size bytes.
 std::string documentWithTagOf(size_t size)
 {
     const std::string begin = "<node name='>";
@@ -315,7 +315,7 @@ TEST_F(DbusBackend, OnlyADenialOfTheServiceMakesAnObjectMissing)
 
 TEST_F(DbusBackend, DocumentsThatAreSlowToReadAreNotRead)
 {
-    // All would take many seconds: reading a tag takes time by the square of its attributes.
+    // Reading all of it would take many seconds: a tag takes quadratic time in its attributes.
     std::string attributes;
     for (int i = 0; attributes.size() < 60 * 1024; ++i)
         attributes += " a" + std::to_string(i) + "='>'";
@@ -329,7 +329,7 @@ TEST_F(DbusBackend, DocumentsThatAreSlowToReadAreNotRead)
     EXPECT_LT(std::chrono::steady_clock::now() - start, patienceFactor * 2s);
 }
 
-// --- A platform that is slow, frozen or replaced while it is adopted -----------------------------
+// --- A platform that is slow, frozen or replaced during the adoption -----------------------------
 
 TEST_F(DbusBackend, ALateDenialOfAnEmptySlotLeavesEveryModuleAtItsPlace)
 {
@@ -425,7 +425,7 @@ TEST_F(DbusBackend, NoProxyIsMissingBecauseThePlatformVanishedJustThen)
     FakePlatform platform;
     int adoptions = 0;
     for (int i = 0; i < 60; ++i) {
-        // The last answer: what follows falls into the time in which the proxies are made.
+        // The last reply before the proxies are made: the platform vanishes during that time.
         platform.answerIntrospection("/", [&](sd_bus_message* call) {
             replyText("<node><interface name=\"com.wenu.OVIK\"/></node>")(call);
             sd_bus_flush(sd_bus_message_get_bus(call));
@@ -663,10 +663,10 @@ TEST_F(DbusBackend, ResultsGoToTheLatestCommandsCallbackOnly)
     IServiceManagerProxy& services = *adopted.backend.serviceManagerProxy();
     platform.answer("ServiceManager.command", replyWith("i", 4));
 
-    // Before any command a result has nowhere to go.
+    // Before any command, results are dropped.
     platform.emitCommandResult("wifi", "scan", "early");
     int answer = 0;
-    services.state("wifi", answer); // its reply comes behind the signal
+    services.state("wifi", answer); // the bus delivers its reply after the signal
     QCoreApplication::processEvents();
     EXPECT_EQ(services.command("wifi", "scan", "{}", pointer(first), answer), 0);
     EXPECT_EQ(answer, 4);
@@ -678,14 +678,14 @@ TEST_F(DbusBackend, ResultsGoToTheLatestCommandsCallbackOnly)
     EXPECT_EQ(secondResults, (std::vector<Texts>{{"wifi", "scan", "1"}, {"ntp", "sync", "\xfc?"}}));
     EXPECT_TRUE(firstResults.empty());
 
-    // A command that fails replaces the callback as well.
+    // A failed command replaces the callback as well.
     platform.answer("ServiceManager.command", replyError("com.wenu.OVIK.Failed"));
     EXPECT_EQ(services.command("wifi", "scan", "{}", pointer(first), answer), -4);
     services.onCommandResult("wifi", "scan", "2");
     EXPECT_EQ(firstResults, std::vector<Texts>{(Texts{"wifi", "scan", "2"})});
     platform.answer("ServiceManager.command", replyWith("i", 4));
 
-    // A null callback is one, too: results have nowhere to go again.
+    // So does a null callback: results are dropped again.
     EXPECT_EQ(services.command("ntp", "sync", "{}", nullptr, answer), 0);
     services.onCommandResult("ntp", "sync", "x");
     EXPECT_EQ(firstResults.size(), 1u);
@@ -764,7 +764,7 @@ TEST_F(DbusBackend, WithThePlatformGoneModulesAnswerZeroAndNoBytes)
 
 // --- Records on the wire -------------------------------------------------------------------------
 
-/// Sends a record by itself and tells how it looked on the bus.
+/// Sends a record and returns its values as seen on the bus.
 template <class Record>
 std::string onTheWire(const Record& record)
 {
@@ -796,7 +796,7 @@ TEST_F(DbusBackend, ARecordIsSentAsItsFieldsWithByteFieldsWhole)
 
     ovikStorageInfo storage = {};
     strcpy(storage.mountPoint, "/m");
-    storage.mountPoint[199] = 'z'; // behind its NUL, and sent all the same
+    storage.mountPoint[199] = 'z'; // after the NUL, but still sent
     storage.deviceType = -2;
     storage.totalSpace = quint64(1) << 40;
     storage.freeSpace = 5;
@@ -811,7 +811,7 @@ TEST_F(DbusBackend, ARecordIsSentAsItsFieldsWithByteFieldsWhole)
     EXPECT_EQ(onTheWire(accelerometerAngleData{1, 2, -0.25}), "((ddd)) ( 1 2 -0.25 )");
 }
 
-/// What a record reads as after its way over the bus and back.
+/// Sends a record over the bus and reads it back.
 template <class Record>
 Record thereAndBack(const Record& record)
 {
@@ -840,7 +840,7 @@ TEST_F(DbusBackend, ARecordIsReadAsItWasSent)
 
     ovikStorageInfo sent = {};
     strcpy(sent.mountPoint, "/mnt/usb");
-    memset(sent.mountPoint + 100, 'z', 100); // behind its NUL, and read all the same
+    memset(sent.mountPoint + 100, 'z', 100); // after the NUL, but still read
     const ovikStorageInfo storage = thereAndBack(sent);
     EXPECT_EQ(std::string(storage.mountPoint, 200), std::string(sent.mountPoint, 200));
 

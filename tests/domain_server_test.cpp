@@ -1,4 +1,4 @@
-// The socket server by itself: one poll step after the other, in the test's own hands.
+// The socket server alone: the tests call each poll step themselves.
 
 #include "ovik_server/domain_server.h"
 
@@ -22,7 +22,7 @@
 
 namespace
 {
-/// Keeps what the handler is given and answers "ok".
+/// Records the handler's arguments and answers "ok".
 class RecordingServer : public DomainServer
 {
 public:
@@ -153,7 +153,7 @@ TEST_F(SocketServer, TheLastByteOf5000BecomesANul)
         EXPECT_EQ(server.requests.back().size(), received) << size;
         EXPECT_EQ(server.text, std::string(4999, 'x')) << size;
     }
-    // What did not fit is gone with its message.
+    // The server drops the part of a message that does not fit.
     client.send("next");
     ASSERT_TRUE(serve(server));
     EXPECT_EQ(server.text, "next");
@@ -161,7 +161,7 @@ TEST_F(SocketServer, TheLastByteOf5000BecomesANul)
 
 TEST_F(SocketServer, AFirstRequestWithoutNulReadsNothingUndefined)
 {
-    // The object is made in memory full of other bytes.
+    // Memory of other bytes reveals members that the constructor leaves uninitialised.
     alignas(RecordingServer) static char memory[sizeof(RecordingServer)];
     memset(memory, 'z', sizeof memory);
     auto* const inMemory = new (memory) RecordingServer;
@@ -205,7 +205,7 @@ TEST_F(SocketServer, AReceiveThatFailsIsReportedAndTheClientKept)
         Client leaving(path);
         leaving.send("hello");
         ASSERT_TRUE(serve(server));
-    } // with its answer unread, which resets the connection
+    } // the unread answer resets the connection
     Client next(path);
     next.send("next");
     testing::internal::CaptureStderr();
@@ -274,7 +274,7 @@ TEST_F(SocketServer, AClientThatEndedLeavesNothingUnreadAndCanSendNoMore)
     Client client(path);
     client.send("request");
     ASSERT_TRUE(serve(server));
-    client.sendBytes(""); // is received like the end of a connection
+    client.sendBytes(""); // looks like the end of a connection
     client.sendBytes("");
     for (const char* unread : {"", "text"})
         ASSERT_TRUE(client.sendBytes(unread, {ends[1]}));
@@ -316,7 +316,7 @@ TEST_F(SocketServer, AResponseToAClientThatIsGoneIsReported)
     shutdown(client.fd(), SHUT_RD);
     client.disconnect();
     testing::internal::CaptureStderr();
-    EXPECT_TRUE(serve(server)); // whatever the handler returned
+    EXPECT_TRUE(serve(server)); // independent of the handler's result
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "OVIK_SERVER: write: Broken pipe\n");
 }
 
@@ -346,8 +346,8 @@ TEST_F(SocketServer, AStartThatFailedMayBeTriedAgain)
     EXPECT_TRUE(serve(server));
 }
 
-/// Makes a system call fail in this thread from now on; false where that is not possible, as under
-/// an emulator.
+/// Makes a system call fail in this thread; false where seccomp is unavailable, as under an
+/// emulator.
 bool refuse(unsigned int systemCall)
 {
     sock_filter filter[] = {

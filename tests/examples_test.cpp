@@ -1,4 +1,4 @@
-// The client examples as their reader runs them: with the real server and the simulated panel.
+// Runs the client examples with the real server and the simulated panel.
 
 #include "tests/support/private_bus.h"
 #include "tests/support/server.h"
@@ -54,7 +54,7 @@ TEST_P(ControlLoop, ReadsAllValuesInEveryCycleAndTheBuzzerFollowsTheInput)
     for (const std::string input : {"1", "0", "1"}) {
         ASSERT_EQ(request("setHWPluginIO;0;1;" + input), "0 0");
         std::string output;
-        // On a loaded machine a cycle can miss its deadline, but not in every run.
+        // A cycle can miss its deadline on a loaded machine, but not in every run.
         EXPECT_TRUE(waitUntil([&] {
             Process loop = GetParam().start("5");
             EXPECT_EQ(loop.wait(), 0) << loop.errors();
@@ -71,7 +71,7 @@ TEST_P(ControlLoop, ConnectsAgainWhenTheServiceRestarts)
     ASSERT_TRUE(loop.waitForOutput(": done\n")) << loop.errors();
     server.process().signal(SIGKILL);
     ASSERT_EQ(server.process().wait(), 128 + SIGKILL);
-    ASSERT_TRUE(waitUntil([&] { // no service, in the words of either
+    ASSERT_TRUE(waitUntil([&] { // the message of either loop
         return loop.output().find(": no service") != std::string::npos ||
                loop.output().find("Connection refused") != std::string::npos;
     })) << loop.output();
@@ -86,7 +86,7 @@ TEST_P(ControlLoop, ConnectsAgainWhenTheServiceRestarts)
 
 // --- The lines for a shell -----------------------------------------------------------------------
 
-/// Those of the examples' README that use socat.
+/// Lines of the examples' README that use socat.
 std::vector<std::string> shellLines()
 {
     std::ifstream readme(OVIK_EXAMPLES_DIR "/README.md");
@@ -105,7 +105,7 @@ TEST_F(Examples, SocatSendsARequestWithItsNulAndEchoSendsNone)
     ASSERT_EQ(lines.size(), answers.size());
     for (size_t i = 0; i < lines.size(); ++i) {
         std::string output;
-        // socat waits half a second for the answer, which a loaded machine can miss.
+        // socat waits half a second for the answer, which is too short on a loaded machine.
         EXPECT_TRUE(waitUntil([&] {
             Process shell({"sh", "-c", lines[i]});
             EXPECT_EQ(shell.wait(), 0) << shell.errors();

@@ -1,5 +1,5 @@
-// The in-process backend by itself, against the simulated panel's library. What the library lacks
-// is steered by its own environment variables.
+// The in-process backend alone, with the simulated panel's library. That library's environment
+// variables select what it lacks.
 
 #include "IProxy/IBacklightProxy.h"
 #include "local_ovik/BacklightProxyLocal.h"
@@ -34,7 +34,7 @@ class LocalBackend : public testing::Test
 protected:
     LocalBackend()
     {
-        qRegisterMetaType<systemInfo>("systemInfo"); // as the application object does
+        qRegisterMetaType<systemInfo>("systemInfo"); // the application object normally does this
         takeWarnings();
         takeDiagnostics();
     }
@@ -100,7 +100,7 @@ struct Facility {
     std::function<QObject*(OVIKInterfaceLocal&)> proxy;
 };
 
-// In the order in which they are created.
+// In the order in which the backend creates them.
 const std::vector<Facility> facilities = {
     {"Buzzer", "m_buzzer not valid\n", [](auto& b) { return b.buzzerProxy(); }},
     {"Backlight", "m_backlight not valid\n", [](auto& b) { return b.backlightProxy(); }},
@@ -114,8 +114,7 @@ const std::vector<Facility> facilities = {
      [](auto& b) { return b.networkManagerProxy(); }},
 };
 
-/// The warnings about missing facilities; the connection to a null system information warns as
-/// well.
+/// The warnings about missing facilities, without Qt's warning about a missing connection.
 Texts notValidWarnings()
 {
     Texts texts;
@@ -207,7 +206,7 @@ TEST_F(LocalBackend, TheAccessorsAreSlotsInTheirOrder)
 
 // --- Proxies -------------------------------------------------------------------------------------
 
-/// Keeps what it is asked; only what the proxies can ask of it does anything.
+/// Records its calls; implements only what the proxies use.
 class RecordingStorage : public IStorageManager
 {
 public:
@@ -306,7 +305,7 @@ TEST_F(LocalBackend, TheNetworkIsAskedForTheWholeConfigurationAndAppliedSynchron
     EXPECT_EQ(answer, 2);
 }
 
-/// Keeps what it is asked; answers like no real panel.
+/// Records its calls; returns values unlike any real panel.
 class RecordingOvik : public SimOvik
 {
 public:
@@ -379,7 +378,7 @@ TEST_F(LocalBackend, TheSignalOfTheSystemInformationReachesTheObjectDirectly)
     ASSERT_TRUE(backend.init());
     auto* const proxy = qobject_cast<SystemInfoProxyLocal*>(backend.systemInfoProxy());
     ASSERT_NE(proxy, nullptr);
-    // A caller that emits it gets the answer of the connected slot.
+    // A caller that emits the signal gets the connected slot's result.
     EXPECT_NE(proxy->_getSystemInfo().day, 0);
 }
 } // namespace

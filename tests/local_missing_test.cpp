@@ -1,5 +1,5 @@
-// No library, or one without the factory: programs of their own, as a library once loaded is found
-// again by its name. The same tests run in two programs; the search path makes the difference.
+// No library, or one without the factory. These are separate programs, because a loaded library is
+// found again by its name. Both run the same tests with different search paths.
 
 #include "local_ovik/OVIKInterfaceLocal.h"
 #include "wrapper_ovik/ovik_c.h"

@@ -1,5 +1,5 @@
-// How long a service command waits for an outcome, counted in sleeps that take no time here. Each
-// outcome has its sleep; what the platform and the socket add is in service_command_test.
+// How long a service command waits for an outcome, counted in simulated sleeps. The real platform
+// and socket are part of service_command_test.
 
 #include "ovik_server/service_command.h"
 
@@ -16,8 +16,8 @@ constexpr int halfASecond = 500000;
 
 struct {
     status_t status = OVIK_OK;       ///< of the call
-    int outcomeAfter = never;        ///< as many sleeps
-    std::function<void()> outcome;   ///< what brings it
+    int outcomeAfter = never;        ///< number of sleeps
+    std::function<void()> outcome;   ///< replaces the usual outcome
     int sleeps = 0;                  ///< of the command under test
     int shortestSleep = halfASecond; ///< in microseconds
     int longestSleep = halfASecond;
@@ -29,7 +29,7 @@ class OutcomeWait : public testing::Test
 {
 protected:
     void SetUp() override { standIn = {}; }
-    /// No flag is left set for the next test.
+    /// Clears the flag for the next test.
     void TearDown() override { onCommandResult("", "", ""); }
 
     status_t command(const char* request, int outcomeAfter)
@@ -47,7 +47,7 @@ protected:
 };
 } // namespace
 
-/// Instead of the system's.
+/// Replaces the system's usleep().
 extern "C" int usleep(useconds_t microseconds)
 {
     standIn.shortestSleep = std::min(standIn.shortestSleep, static_cast<int>(microseconds));
@@ -57,7 +57,7 @@ extern "C" int usleep(useconds_t microseconds)
     return 0;
 }
 
-/// Instead of the bridge's.
+/// Replaces the bridge's function.
 status_t ovik_serviceCommand(const char*, const char*, const char*, void* fnCallback, int* pResp)
 {
     EXPECT_EQ(fnCallback, reinterpret_cast<void*>(onCommandResult));
@@ -75,11 +75,11 @@ TEST_F(OutcomeWait, AScanSleepsUntilItsOutcomeHasComeButNoMoreThan120Times)
         status_t status;
         int sleeps;
     } rows[] = {
-        {0, OVIK_OK, 0}, // it was there before the call came back
+        {0, OVIK_OK, 0}, // before the call returned
         {1, OVIK_OK, 1},
         {3, OVIK_OK, 3},
         {119, OVIK_OK, 119},
-        {120, OVIK_TIMEOUT, 120}, // after the last sleep nobody looks again
+        {120, OVIK_TIMEOUT, 120}, // no check follows the last sleep
         {never, OVIK_TIMEOUT, 120},
     };
     for (const auto& row : rows) {

@@ -1,4 +1,4 @@
-// Each finding of ovikctl doctor: what it says, what it advises and what it ends with.
+// Each finding of ovikctl doctor: its message, its advice and the exit status.
 
 #include "tests/support/commands.h"
 #include "tests/support/ovikctl.h"
@@ -18,7 +18,6 @@
 
 namespace
 {
-/// The lines that say that something is bad.
 Words badLines(const Ran& result)
 {
     Words lines;
@@ -35,10 +34,10 @@ Ran doctor(const std::string& path, const Words& prefix = {}, const std::string&
     return run({"doctor", "--timeout", timeout, "--socket", path}, prefix);
 }
 
-/// Where the time-out is waited for.
+/// For situations in which the doctor waits for the time-out.
 Ran impatientDoctor(const std::string& path) { return doctor(path, {}, "0.5"); }
 
-/// A socket that nobody listens at.
+/// A socket without a listener.
 void leaveSocket(const std::string& path)
 {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET, 0);
@@ -168,7 +167,7 @@ TEST(OvikctlDoctor, FindsThatThisUserMayNotEnterTheFolder)
 TEST(OvikctlDoctor, FindsThatTheQueueIsFull)
 {
     ScriptedPeer peer([](ScriptedPeer&) {}, SOCK_SEQPACKET, 0);
-    const Client first(peer.path()); // all that a queue of that length holds
+    const Client first(peer.path()); // fills a queue of that length
     const Ran result = impatientDoctor(peer.path());
     EXPECT_EQ(result.status, 3);
     EXPECT_EQ(badLines(result), Words{"queue: 20 clients wait for the service already; end those "

@@ -1,4 +1,4 @@
-// The prompt of ovikctl and what else it does at a terminal, through a terminal of the test's own.
+// The prompt of ovikctl and its other behaviour at a terminal, tested through a pseudoterminal.
 
 #include "tests/support/commands.h"
 #include "tests/support/ovikctl.h"
@@ -31,11 +31,11 @@ protected:
     {
         answerCommands(panel->platform);
         if (!panel->server.process().running())
-            panel->server.start(); // after a quit
+            panel->server.start(); // an earlier test sent quit
         ASSERT_TRUE(panel->server.waitForPlatform());
     }
 
-    /// A session that shows its prompt.
+    /// A session with its prompt on the screen.
     std::unique_ptr<Terminal> open(const Words& options = {})
     {
         auto terminal = std::make_unique<Terminal>(ovikctl(options), environment);
@@ -195,7 +195,7 @@ TEST_F(Prompt, RemembersLinesForTheNextSession)
     EXPECT_TRUE(terminal->shows("getBuzzerMode"));
     terminal->type("\n");
     EXPECT_TRUE(terminal->shows("\r\n2\r\n"));
-    EXPECT_TRUE(terminal->shows(prompt)); // once the line is in the file
+    EXPECT_TRUE(terminal->shows(prompt)); // the line is in the file now
 
     struct stat status = {};
     ASSERT_EQ(stat(dir.path("state/ovikctl/history").c_str(), &status), 0);
@@ -270,7 +270,7 @@ TEST_F(Prompt, WorksWithoutAPlaceForItsHistory)
     EXPECT_TRUE(terminal->shows(prompt));
 }
 
-// --- The service's end and the prompt's ----------------------------------------------------------
+// --- The end of the service and of the prompt ----------------------------------------------------
 
 TEST_F(Prompt, ReachesAServiceThatWasRestarted)
 {
@@ -345,7 +345,7 @@ protected:
         ASSERT_EQ(other->request("getBrightness"), "0 75");
     }
 
-    /// A prompt at a request that waits for its turn; its own process does, once it is there.
+    /// A prompt with a waiting request; a child process waits, once it runs.
     std::unique_ptr<Terminal> openAtARequest()
     {
         auto terminal = open();
@@ -371,7 +371,7 @@ TEST_F(WaitingPrompt, GivesUpTheRequestWithCtrlC)
 TEST_F(WaitingPrompt, PassesOnAnInterruptThatTheProcessDidNotGet)
 {
     const auto terminal = openAtARequest();
-    kill(terminal->pid(), SIGINT); // as a Ctrl-C does before that process is there
+    kill(terminal->pid(), SIGINT); // like Ctrl-C before the child process runs
     EXPECT_TRUE(terminal->shows(prompt));
 }
 
@@ -419,7 +419,7 @@ TEST_F(AtATerminal, ControlCharactersAreBlanksAndContinuationLinesAreIndented)
 {
     panel->platform.answer("OVIK.getAllSystemParametersJSON",
                            replyText("{\n\033[2J\u009b2J\x7f\r\u00fc}"));
-    // Sent in Latin-1: what is no UTF-8, after what is.
+    // Encoded in Latin-1: first sequences that are valid UTF-8, then invalid ones.
     panel->platform.answer("NetworkManager.getConfigJSON",
                            replyText("\u00c3\u009b \u00f0\u0090\u0080\u0080 \u009b2J\u00fc "
                                      "\u00c0\u009b \u00e0\u009f\u0080 \u00ed\u00a0\u0080 "
@@ -430,7 +430,7 @@ TEST_F(AtATerminal, ControlCharactersAreBlanksAndContinuationLinesAreIndented)
     const std::string shownNonsense = "a   \r\n    b";
     struct Row {
         Words words;
-        std::string screen; ///< begins with this
+        std::string screen; ///< expected start of the screen
         std::string piped;
     };
     const Row table[] = {

@@ -1,5 +1,5 @@
-// ovikctl as its user sees it: what it sends, prints and ends with. The real service and a platform
-// that answers what a test says; a server of the test's own for what the service never does.
+// What ovikctl sends and prints, and its exit status. Uses the real service with a fake platform,
+// and a fake server for behaviour that the service never shows.
 
 #include "client/ovik_client.h"
 #include "protocol/command_table.h"
@@ -23,7 +23,7 @@ using nlohmann::json;
 
 namespace
 {
-/// "getBrightness", "40" of "getBrightness;40".
+/// Splits "getBrightness;40" into "getBrightness" and "40".
 Words split(const std::string& text, char separator)
 {
     Words words;
@@ -81,7 +81,7 @@ protected:
     void SetUp() override
     {
         if (!panel->server.process().running())
-            panel->server.start(); // after a quit
+            panel->server.start(); // an earlier test sent quit
         ASSERT_TRUE(panel->server.waitForPlatform());
     }
     static Ran runExample(const Words& options)
@@ -144,7 +144,7 @@ TEST_P(Example, WithOneArgumentTooFewOrTooManyIsWrongUsage)
 
     words.resize(words.size() - 2);
     if (words.empty())
-        return; // it takes none
+        return; // the command has no arguments
     result = run(words);
     EXPECT_EQ(result.status, 2);
     const Argument& missing = command.arguments[words.size() - 1];
@@ -152,7 +152,7 @@ TEST_P(Example, WithOneArgumentTooFewOrTooManyIsWrongUsage)
         << result.errors;
 }
 
-// --- With a platform that answers what the test says ---------------------------------------------
+// --- With a fake platform ------------------------------------------------------------------------
 
 struct Panel {
     PrivateBus bus;
@@ -284,7 +284,7 @@ TEST_F(Ovikctl, QuietPrintsFailuresOnly)
     EXPECT_EQ(result.errors.substr(0, 4), "-10:");
 }
 
-/// Runs it with a redirection of the shell's.
+/// Runs ovikctl with a redirection of the shell.
 Ran runRedirected(const std::string& redirection, const Words& arguments)
 {
     Words words = {"sh", "-c", "exec \"$@\" " + redirection, "sh"};
@@ -425,7 +425,7 @@ TEST_F(Ovikctl, TakesLinesWithCarriageReturns)
 
 TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
 {
-    // Answers nothing before it has seen them all.
+    // Answers only after the last request.
     ScriptedPeer peer([](ScriptedPeer& self) {
         self.accept();
         for (int i = 0; i < 20; ++i)
@@ -442,7 +442,7 @@ TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
     EXPECT_TRUE(contains(result.output, "getBrightness -> 0 0\ngetBrightness -> 0 1\n"));
 }
 
-/// Takes that many requests, answers the first of them and ends.
+/// Receives @p requests requests, answers the first @p answers and closes.
 auto stopsAfter(int requests, int answers)
 {
     return [=](ScriptedPeer& self) {
@@ -498,7 +498,7 @@ TEST(OvikctlBatch, TellsThatNothingIsDoneBehindAQuit)
 TEST(OvikctlBatch, TellsWhatNeverLeftWhenTheServiceDoesNotRead)
 {
     ScriptedPeer peer(stopsAfter(2, 1));
-    std::string requests = "getBrightness\n"; // and more than a socket holds
+    std::string requests = "getBrightness\n"; // more than a socket can buffer
     for (int i = 0; i < 3000; ++i)
         requests += "setVolatileParameter;k;" + std::string(4000, 'x') + "\n";
     const Ran result = runWithInput(requests, {"--socket", peer.path(), "batch", "-"});
@@ -637,7 +637,6 @@ TEST(OvikctlFailure, OfAServiceThatEndsOrDoesNotSpeakTheProtocolIs8)
     EXPECT_TRUE(contains(result.errors, "does not speak the protocol of ovik_server"));
 }
 
-/// Takes a client and never answers it.
 void saysNothing(ScriptedPeer& self)
 {
     self.accept();
@@ -679,7 +678,7 @@ protected:
             GTEST_SKIP() << "only root can listen as another user";
     }
 
-    /// Answers all requests of that many clients, and keeps the requests.
+    /// Answers all requests of @p clients clients, and records the requests.
     auto answering(int clients)
     {
         return [this, clients](ScriptedPeer& self) {
@@ -778,7 +777,7 @@ TEST(OvikctlWait, EndsWhenTheServiceAndThenThePlatformAnswer)
 {
     PrivateBus bus;
     FakePlatform platform(FakePlatform::wholePanel(), false);
-    Server server; // keeps other tests' servers away, too
+    Server server; // also keeps other tests' servers away
     server.process().stop();
     const std::string bound = std::to_string(3 * patience / 1s);
     Process wait(ovikctl({"wait", "--timeout", bound}));
@@ -787,7 +786,7 @@ TEST(OvikctlWait, EndsWhenTheServiceAndThenThePlatformAnswer)
     EXPECT_EQ(wait.wait(), 0);
     EXPECT_EQ(wait.output() + wait.errors(), "");
 
-    // Time for all of one try's answers, which the other one may get first.
+    // Time for two tries: the server may answer the other process first.
     const Ran result = run({"wait", "--platform", "--timeout", std::to_string(2 * patienceFactor)});
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(contains(result.errors, "no platform yet")) << result.errors;
@@ -841,7 +840,7 @@ TEST_F(Ovikctl, WatchGoesOnWhenTheServiceComesBack)
     EXPECT_TRUE(waitUntil([&] { return contains(watch.newOutput(), "\"value\":75}"); }));
 }
 
-// --- What it tells of itself ---------------------------------------------------------------------
+// --- Self-description ----------------------------------------------------------------------------
 
 json everythingOf(const Command& command)
 {

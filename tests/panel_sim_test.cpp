@@ -1,5 +1,5 @@
-// What a caller sees of the simulated panel on the bus. The caller is sd-bus, so it shares no code
-// with the panel's side.
+// The simulated panel as a caller sees it on the bus. The caller uses sd-bus, so it shares no code
+// with the panel.
 
 #include "tests/support/fake_platform.h"
 #include "tests/support/introspection.h"
@@ -24,7 +24,7 @@ struct Object {
     std::string interface;
 };
 
-/// What the tests call the objects.
+/// The tests' names for the objects.
 const std::map<std::string, Object> objects = {
     {"OVIK", {"/", "com.wenu.OVIK"}},
     {"Backlight", {"/Backlight", "com.wenu.OVIK.Backlight"}},
@@ -46,7 +46,6 @@ const std::map<std::string, Object> objects = {
     {"Sensors", {"/HWPlugin/0/Sensors", "com.wenu.OVIK.Sensors"}},
 };
 
-/// The members of an object as its interface file declares them.
 const Interface& declared(const Object& object)
 {
     static std::map<std::string, Interface> files;
@@ -65,7 +64,6 @@ struct Reply {
     std::string values;
 };
 
-/// A connection to the bus.
 class Client
 {
 public:
@@ -79,8 +77,8 @@ public:
 
     sd_bus* bus() { return m_bus.get(); }
 
-    /// Calls "Object.method value...", with byte arrays as "[00 ff]" and empty values for those
-    /// that are left out. The reply's values are written in the same way; an error is its name.
+    /// Calls "Object.method value...", with byte arrays as "[00 ff]" and default values for missing
+    /// ones. The result has the reply's values in the same form, or the name of the error.
     Reply call(const std::string& text)
     {
         std::istringstream words(text);
@@ -127,7 +125,7 @@ private:
         if (reply) {
             result.types = sd_bus_message_get_signature(reply, true);
             result.values = valuesOf(reply);
-            result.values.erase(0, 1); // the blank before the first
+            result.values.erase(0, 1); // the leading blank
         }
         sd_bus_message_unref(reply);
         sd_bus_message_unref(request);
@@ -145,7 +143,7 @@ private:
                 sd_bus_message_close_container(request);
                 i += fields.size() + 1;
             } else if (types[i] == 'a') {
-                ++i; // of bytes, all of them
+                ++i; // always an array of bytes
                 std::string list;
                 std::getline(values.ignore(2, '['), list, ']');
                 std::istringstream digits(list);
@@ -169,7 +167,7 @@ private:
     std::unique_ptr<sd_bus, sd_bus* (*)(sd_bus*)> m_bus{nullptr, sd_bus_flush_close_unref};
 };
 
-/// The signals of one name that reach a client, each as the text of its values.
+/// Collects the signals of one name, each as the text of its values.
 class Signals
 {
 public:
@@ -182,7 +180,7 @@ public:
         m_match.reset(match);
     }
 
-    /// The next signal; an empty text when none comes.
+    /// The next signal; an empty text on time-out.
     std::string next()
     {
         EXPECT_TRUE(m_client.waitFor([this] { return m_received.size() > m_taken; }));
@@ -240,7 +238,7 @@ protected:
     void SetUp() override { startSim(); }
 };
 
-// The introspection is a text beside the code, so every method is called as well.
+// The introspection text is separate from the code, so every method is called as well.
 TEST_F(RunningPanelSim, OffersAndAnswersTheInterfaceFiles)
 {
     std::set<std::string> offered;
@@ -259,7 +257,7 @@ TEST_F(RunningPanelSim, OffersAndAnswersTheInterfaceFiles)
     EXPECT_EQ(offered, std::set<std::string>(files.begin(), files.end()));
 }
 
-// Every setting of a whole number is kept, and a negative value is refused and changes nothing.
+// Every integer setting is stored; a negative value is rejected and changes nothing.
 TEST_F(RunningPanelSim, KeepsItsSettings)
 {
     const std::pair<std::string, std::string> settings[] = {
@@ -274,7 +272,7 @@ TEST_F(RunningPanelSim, KeepsItsSettings)
         {"Leds.SetLedOnTime 1", "Leds.GetLedOnTime 1"},
         {"Leds.SetLedOffTime 1", "Leds.GetLedOffTime 1"},
     };
-    int value = 10; // another one for each, so that no two settings can be one
+    int value = 10; // distinct values, so no two settings can share a variable
     for (const auto& [set, get] : settings)
         expect({set + ' ' + std::to_string(++value) + " -> 0", set + " -1 -> -1"});
     value = 10;
@@ -305,7 +303,7 @@ TEST_F(RunningPanelSim, CountsTheSecondsAndClearsTheCountersOfTheBits)
     EXPECT_GE(askNumber("OVIK.getBlightCounter"), backlightCounter);
 }
 
-// System and volatile parameters are two sets: a name in one of them is not in the other.
+// System and volatile parameters are separate: a name in one set is not in the other.
 TEST_F(RunningPanelSim, KeepsParametersAndSignalsTheirChange)
 {
     Signals systemChanged(*client, "OVIK", "systemParameterChanged");
@@ -345,7 +343,6 @@ TEST_F(RunningPanelSim, KeepsWhatIsWrittenToEachEeprom)
             "EEPROM.write 254 [01 02 03] -> -1", "EEPROM.read 254 10 -> 0 [fe ff]"});
     const std::string whole = ask("EEPROM.read 0 4294967295");
     EXPECT_EQ(whole.size(), std::string("0 []").size() + 256 * 3 - 1) << whole;
-    // There is no slave 17.
     expect({"EEPROM.readSlvAddr 17 0 4 -> -1 []", "EEPROM.writeSlvAddr 17 0 [01] -> -1"});
 }
 
@@ -367,7 +364,7 @@ std::string field(const std::string& text, size_t size)
     return out.str() + ']';
 }
 
-// Byte fields are sent whole, to their last byte.
+// Byte fields are sent completely.
 TEST_F(RunningPanelSim, SendsItsRecordsWhole)
 {
     expect({"SystemInfo.info -> ( 14 3 24 [01 23 45] [50 41 4e 45 4c] 7 2 [57 4e] 10 )",
@@ -416,10 +413,10 @@ TEST_F(RunningPanelSim, AppliesTheNetworkConfigurationOnRequest)
     expect({R"(Network.getInterfaceConfig eth1 -> "{"address":"192.0.2.77","mode":"static"}")"});
 }
 
-// The Wi-Fi service starts out enabled and running.
+// The Wi-Fi service is enabled and running at first.
 TEST_F(RunningPanelSim, ChangesTheStateOfAService)
 {
-    // Each with the state and whether it is enabled after it.
+    // Command, result, state and whether the service is enabled afterwards.
     const Words steps[] = {
         {"stop", "0", "0", "1"},   {"reload", "-1", "0", "1"}, {"restart", "0", "1", "1"},
         {"reload", "0", "1", "1"}, {"disable", "0", "1", "0"}, {"apply", "0", "0", "0"},
@@ -462,7 +459,7 @@ TEST_F(PanelSim, SignalsTheResultOfACommandAfterTheDelay)
     }
 }
 
-// With a delay longer than any wait, the answer of the command itself still comes.
+// The result's delay is longer than any wait, so the reply must come first.
 TEST_F(PanelSim, AnswersACommandBeforeItsResult)
 {
     startSim({"--scan-delay", "3600000"});
@@ -517,7 +514,7 @@ TEST_F(RunningPanelSim, WritesSettablePoints)
             "Sensors.readIo 0 8 -> [30 31 30 31 31 31 30 30]"});
 }
 
-// The EEPROM of a module starts with its signature, and answers to the number of its slot only.
+// The EEPROM of a module starts with its signature, and responds only to its slot's number.
 TEST_F(RunningPanelSim, KeepsTheSignatureInTheModule)
 {
     const std::string name = ask("Module.signatureName");
@@ -529,7 +526,7 @@ TEST_F(RunningPanelSim, KeepsTheSignatureInTheModule)
 
 TEST_F(PanelSim, OffersWhatTheCommandLineSays)
 {
-    // Options, objects that are there, objects that are not.
+    // Options, present objects, absent objects.
     const Words choices[][3] = {
         {{}, {"/HWPlugin/0/Leds", "/HWPlugin/2/Sensors"}, {"/HWPlugin/1", "/HWPlugin/3"}},
         {{"--slots", "3"}, {"/HWPlugin/3", "/HWPlugin/3/Leds"}, {"/HWPlugin/0"}},

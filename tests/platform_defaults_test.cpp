@@ -1,4 +1,4 @@
-/* What the platform's interfaces do where a platform library does not override them. */
+/* Default behaviour of the platform's interfaces when a platform library does not override them. */
 #include "IProxy/OVIKPlatformInterface.h"
 
 #include <QByteArray>

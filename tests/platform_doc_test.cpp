@@ -1,5 +1,5 @@
-// docs/platform.md tells the authors of platforms what the service calls. Its tables must agree
-// with the interface files, with the records, and with the calls that each command is seen to make.
+// docs/platform.md documents the service's calls for authors of platforms. Its tables must agree
+// with the interface files, the records, and the actual calls of each command.
 
 #include "dbus_ovik/OVIKDBusRecords.h"
 #include "tests/support/commands.h"
@@ -19,7 +19,7 @@ namespace
 {
 using Texts = std::vector<std::string>;
 
-/// Every match of the one group of @p pattern.
+/// Every match of the only group in @p pattern.
 Texts matches(const std::string& text, const char* pattern)
 {
     const std::regex regex(pattern);
@@ -31,14 +31,14 @@ Texts matches(const std::string& text, const char* pattern)
 
 Texts codeWords(const std::string& cell) { return matches(cell, "`([^`]*)`"); }
 
-/// The cells of the table whose head is @p head, row by row, without the head.
+/// The body of the table with the header row @p head, row by row.
 std::vector<Texts> tableRows(const std::string& head)
 {
     std::ifstream page(OVIK_PLATFORM_DOC);
     std::string line;
     while (std::getline(page, line) && line != head) {
     }
-    std::getline(page, line); // the rule below the head
+    std::getline(page, line); // the line below the header
     std::vector<Texts> rows;
     while (std::getline(page, line) && !line.empty())
         rows.push_back(matches(line, "\\|([^|]+)"));
@@ -52,10 +52,10 @@ struct DocumentedCall {
     std::string arguments;
     std::string reply;
     std::string command;
-    std::string guard; ///< what a write calls first
+    std::string guard; ///< called before a write
 };
 
-/// The table of calls, spread out to one for each command.
+/// The table of calls, with one entry per command.
 std::vector<DocumentedCall> documentedCalls()
 {
     std::vector<DocumentedCall> calls;
@@ -63,7 +63,7 @@ std::vector<DocumentedCall> documentedCalls()
     for (const Texts& cells :
          tableRows("| object and interface | methods | signature | socket commands, in the same "
                    "order |")) {
-        // A row without an object has that of the row above.
+        // An empty cell repeats the object of the row above.
         if (const Texts named = codeWords(cells.at(0)); !named.empty())
             object = named;
         const Texts methods = codeWords(cells.at(1));
@@ -86,7 +86,7 @@ std::vector<DocumentedCall> documentedCalls()
 
 TEST(PlatformDoc, TellsTheCallsOfEveryCommandAndNoOthers)
 {
-    // As the tests of the commands see them on the bus, there with the values.
+    // The known calls of each command, without the values.
     std::set<std::string> made;
     for (const CommandRow& row : commandRows()) {
         std::string text = row.word;
@@ -100,7 +100,7 @@ TEST(PlatformDoc, TellsTheCallsOfEveryCommandAndNoOthers)
         const std::string object = ": " + call.path + ' ' + call.interface + '.';
         std::string text = call.command;
         if (!call.guard.empty())
-            text += object + call.guard + "(u)"; // a mode is asked for by the point's number
+            text += object + call.guard + "(u)"; // the point's number is the argument
         text += object + call.method + '(' + call.arguments + ')';
         documented.insert(text);
     }

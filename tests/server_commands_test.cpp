@@ -1,5 +1,5 @@
-// Every command of the protocol through the real program: what it sends over the bus, what it
-// answers and what it logs. Requests that no good client makes are in fault_message_test.cpp.
+// Every command of the protocol through the real server: its D-Bus calls, its answer and its log.
+// For requests of faulty clients see fault_message_test.cpp.
 
 #include "protocol/command_table.h"
 #include "tests/support/commands.h"
@@ -21,7 +21,7 @@ using Row = CommandRow;
 const std::vector<Row>& rows = commandRows();
 const std::string eeprom = "/I2CSEEPROM com.wenu.OVIK.I2CSEEPROM.";
 
-/// One server with a whole panel behind it, for all the tests of this file.
+/// One server with a complete panel, shared by all tests of this file.
 struct Panel {
     PrivateBus bus;
     FakePlatform platform;
@@ -40,7 +40,6 @@ protected:
 
     void SetUp() override
     {
-        // Every command works, unless the test says otherwise.
         answerCommands(platform);
         platform.takeCalls();
         newLog();
@@ -73,7 +72,7 @@ TEST_P(EveryCommand, MakesExactlyItsCallsAndAnswersTheirResult)
     EXPECT_EQ(newLog(), "");
 }
 
-/// What a client may send that is only allowed to read.
+/// A client with read-only access may send only commands with Effect::Reads.
 TEST_P(EveryCommand, ReadsOnlyIfItsLastCallAtThePlatformDoes)
 {
     const std::regex read("[.](get|Get|read|info|version|enabled|controlled|state)[^.]*$");
@@ -112,7 +111,7 @@ TEST_P(CommandWithArguments, WithTooFewFieldsAnswersMinusEightAndCallsNothing)
 {
     const Row& row = GetParam();
     std::string text = row.request();
-    // Every shorter form, down to the word alone.
+    // Every shorter form, down to the word without arguments.
     for (size_t end = text.rfind(';'); end != std::string::npos; end = text.rfind(';')) {
         text.resize(end);
         EXPECT_EQ(request(text), "-8") << text;
@@ -143,14 +142,14 @@ TEST_F(Commands, ATextIsCutSoThatTheResponseHas9999BytesAndItsNul)
         platform.answer("OVIK.getAllSystemParametersJSON", replyText(text));
         EXPECT_EQ(request("getAllSystemParametersJson"), ("0 " + text).substr(0, 9999)) << size;
     }
-    // Nothing of a long text is left behind for a shorter one.
+    // A shorter text must not contain the rest of a longer one.
     platform.answer("OVIK.getAllSystemParametersJSON", replyText("{}"));
     EXPECT_EQ(request("getAllSystemParametersJson"), "0 {}");
 }
 
 TEST_F(Commands, AModuleNameOfFullLengthEndsThere)
 {
-    // Behind a long text, whose bytes are still in the scratch buffer.
+    // A long text leaves its bytes in the scratch buffer.
     platform.answer("OVIK.getAllSystemParametersJSON", replyText(std::string(5000, 'x')));
     request("getAllSystemParametersJson");
     platform.answer("SystemInfo.info", replySystemInfo("ABC", "PANEL", "\x01\x02"));
@@ -310,7 +309,7 @@ TEST_F(Commands, APointWhoseModeIsNotTwoIsNotWritten)
 
 TEST_F(Commands, APointWhoseModeCannotBeAskedIsNotWritten)
 {
-    // A failed query answers 0, and that is not 2.
+    // A failed query returns 0, which is not the required 2.
     for (const char* query : {"Leds.GetLedMode", "Sensors.getIoMode"})
         platform.answer(query, replyError("com.wenu.OVIK.Failed"));
     EXPECT_EQ(request("setHWPluginLedValue;0;0;1"), "-12");

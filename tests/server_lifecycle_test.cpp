@@ -1,4 +1,4 @@
-// The program from its start to its end, with and without a platform.
+// The server from its start to its end, with and without a platform.
 
 #include "tests/support/fake_platform.h"
 #include "tests/support/footprint.h"
@@ -25,7 +25,7 @@ bool socketFileExists()
 
 std::string quit() { return Client(serverSocket).request("quit"); }
 
-/// Runs the program where it cannot serve, while no other test's server does.
+/// Runs the server in a situation that prevents its start, while no other test's server runs.
 struct FailingRun {
     ServerLock lock;
     std::string output;
@@ -79,12 +79,12 @@ TEST(Lifecycle, NoRequestIsReadAfterQuit)
     PrivateBus bus;
     Server server;
     Client client(serverSocket);
-    server.process().signal(SIGSTOP); // so that both are there before the first is read
+    server.process().signal(SIGSTOP); // so that both requests are queued before the first is read
     ASSERT_TRUE(client.send("quit;anything"));
     ASSERT_TRUE(client.send("getBrightness"));
     server.process().signal(SIGCONT);
     EXPECT_EQ(server.process().wait(), 0);
-    // One receive fails, as the second request was not read; the first one's answer is there.
+    // One receive fails, as the second request was not read; the other returns the first answer.
     const std::vector<std::optional<std::string>> received = {client.receiveBytes(),
                                                               client.receiveBytes()};
     EXPECT_EQ(std::count(received.begin(), received.end(), std::string("0", 2)), 1);
@@ -103,10 +103,10 @@ TEST(Lifecycle, ArgumentsAreIgnored)
 
 TEST(Lifecycle, ASocketFileLeftBehindIsRemovedOnce)
 {
-    // Without a bus it has nothing else to say.
+    // Without a bus, the server prints nothing else.
     const Variable noBus("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
     Server server;
-    server.process().signal(SIGTERM); // no signal ends it in order
+    server.process().signal(SIGTERM); // no signal ends the server cleanly
     ASSERT_EQ(server.process().wait(), 128 + SIGTERM);
     ASSERT_TRUE(socketFileExists());
 
@@ -121,7 +121,7 @@ TEST(Lifecycle, ASocketFileLeftBehindIsRemovedOnce)
 TEST(Lifecycle, APathThatCannotBeFreedEndsTheProgram)
 {
     FailingRun program;
-    ASSERT_EQ(mkdir(serverSocket, 0700), 0); // unlink does not remove a directory
+    ASSERT_EQ(mkdir(serverSocket, 0700), 0); // unlink() does not remove a directory
     program.run();
     rmdir(serverSocket);
     EXPECT_EQ(program.status, 1);
@@ -152,7 +152,7 @@ TEST(Lifecycle, TheProgramServesOnWhenItsOutputIsClosed)
 {
     PrivateBus bus;
     Server server;
-    server.process().closeOutput(); // every write of a log line is refused from here on
+    server.process().closeOutput(); // from now on every write of a log line fails
     Client client(serverSocket);
     for (int i = 0; i < 10; ++i)
         EXPECT_EQ(client.request("getBrightness"), "-1");
@@ -249,8 +249,7 @@ TEST(Lifecycle, AFacilityThatThePlatformLacksIsAnsweredMinusOne)
 
 // --- Times ---------------------------------------------------------------------------------------
 //
-// On a loaded machine a single measurement tells nothing about the program, so the best of a few
-// counts.
+// A loaded machine can delay any single measurement, so the best of a few counts.
 
 TEST(Times, FromTheStartToTheFirstGoodAnswerItTakesAtMost100Ms)
 {
@@ -302,7 +301,7 @@ TEST(Times, PipelinedRequestsNeverWaitForTheSleep)
     ASSERT_EQ(client.request("unknown"), "-8");
     double best = 1e9;
     for (int round = 0; round < 100 && best > 9; ++round) {
-        // All of them are there when the server looks, and their answers come within one sleep.
+        // All requests are queued before the server polls, so all answers come between two sleeps.
         server.process().signal(SIGSTOP);
         for (int i = 0; i < 20; ++i)
             ASSERT_TRUE(client.send("unknown"));
@@ -330,7 +329,7 @@ TEST(Times, WithoutAClientTheLoopWakesEveryTenMilliseconds)
         const auto start = Clock::now();
         ASSERT_TRUE(waitUntil([&] { return wakeups() >= before + 50; }));
         best = std::min(best, millisecondsSince(start));
-        ASSERT_GE(best, 450); // a few are not those of the loop
+        ASSERT_GE(best, 450); // faster: other wake-ups were counted
     }
     EXPECT_LE(best, 750);
 }

@@ -1,4 +1,4 @@
-// What takes a minute and more: the limits of a service command's wait.
+// Tests of more than a minute: the limits of a service command's wait.
 
 #include "tests/support/fake_platform.h"
 #include "tests/support/private_bus.h"
@@ -27,13 +27,13 @@ TEST(Slow, AScanWithoutOutcomeTimesOutAndTheNextCommandWaitsInItsPlace)
     EXPECT_LT(Clock::now() - start, 60s + patienceFactor * 20s);
     EXPECT_EQ(server.process().newOutput(), "OVIK_SERVER: serviceCommand error timeout\n");
 
-    // The time-out left the flag set: a command of any kind now waits, and times out as well.
+    // The time-out left the flag set: now any command waits for an outcome, and times out as well.
     start = Clock::now();
     EXPECT_EQ(client.request("serviceCommand;x;y;z", patienceFactor * 90s), "-9");
     EXPECT_GE(Clock::now() - start, 60s);
     EXPECT_EQ(server.process().newOutput(), "OVIK_SERVER: serviceCommand error timeout\n");
 
-    // An outcome that comes at last ends that.
+    // A late outcome clears the flag.
     platform.takeCalls();
     start = Clock::now();
     client.send("serviceCommand;x;y;z");

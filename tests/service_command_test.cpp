@@ -1,5 +1,5 @@
-// Service commands, whose outcome may come later than their answer. Quick cases; those that wait
-// out the time limit are in server_slow_test.
+// Service commands, whose outcome may arrive after their answer. Tests of the full time limit are
+// in server_slow_test.
 
 #include "tests/support/fake_platform.h"
 #include "tests/support/private_bus.h"
@@ -26,7 +26,7 @@ protected:
         server.process().newOutput();
     }
 
-    /// Sends a command and returns when the platform has got it.
+    /// Sends a command and returns when the platform has received the call.
     void sendAndWaitForCall(const std::string& text)
     {
         platform.takeCalls();
@@ -37,10 +37,10 @@ protected:
     PrivateBus bus;
     FakePlatform platform;
     Server server;
-    std::unique_ptr<Client> client; // not before, as one client is served at a time
+    std::unique_ptr<Client> client; // created late, since only one client is served at a time
 };
 
-// A loaded machine can add to any single time, so the best of a few counts.
+// A loaded machine can delay any single measurement, so the best of a few counts.
 
 TEST_F(ServiceCommand, AScanIsAnsweredWithItsOutcomeInStepsOfHalfASecond)
 {
@@ -74,8 +74,8 @@ TEST_F(ServiceCommand, AnOutcomeThatIsThereBeforeTheReplyCostsNoSleep)
                            "commandResult", "sss", "wifi", "scan", "[]");
         return sd_bus_reply_method_return(message, "i", 0);
     });
-    // The signal is handed over by the application thread's event loop, so right after the reply;
-    // it may lose the race against the first look at the flag, but not every time.
+    // The application thread's event loop delivers the signal just after the reply. The first check
+    // of the flag may come too early, but not every time.
     bool atOnce = false;
     for (int i = 0; i < 20 && !atOnce; ++i) {
         const auto start = Clock::now();
@@ -96,8 +96,8 @@ TEST_F(ServiceCommand, AnyOtherCommandIsAnsweredAtOnceAndItsOutcomeIgnored)
         platform.emitCommandResult("wifi", "connect", "late");
     }
     EXPECT_LT(best, 400ms);
-    // The ignored outcomes are not taken for a later scan's.
-    for (int i = 0; i < 2; ++i) { // they are done with by the application thread's second answer
+    // Ignored outcomes must not end a later scan.
+    for (int i = 0; i < 2; ++i) { // the second answer comes after their delivery
         EXPECT_EQ(client->request("serviceState;wifi"), "0 3");
     }
     sendAndWaitForCall("serviceCommand;wifi;scan;{}");
@@ -117,7 +117,7 @@ TEST_F(ServiceCommand, WithTooFewFieldsNothingIsCalledOrAwaited)
     EXPECT_EQ(client->request("serviceCommand;wifi;scan"), "-8");
     const auto start = Clock::now();
     EXPECT_EQ(client->request("serviceCommand;x;y;z"), "0 4");
-    EXPECT_LT(Clock::now() - start, patienceFactor * 5s); // it would be a minute
+    EXPECT_LT(Clock::now() - start, patienceFactor * 5s); // a wait would take a minute
 }
 
 TEST_F(ServiceCommand, AfterAScanWhoseCallFailedTheNextCommandWaitsForAnOutcome)

@@ -1,6 +1,6 @@
-// The two places where the threads of the process meet, many times over: the application object
-// that one publishes for the others, and the outcome of a service command. Made for ThreadSanitizer
-// (see threads.supp); worth little without it.
+// The two places where the process's threads interact, many times: publishing the application
+// object, and delivering the outcome of a service command. Written for ThreadSanitizer (see
+// threads.supp); of little use without it.
 
 #include "ovik_server/service_command.h"
 #include "wrapper_ovik/ovik_c.h"
@@ -20,7 +20,7 @@
 #include <unistd.h>
 #include <vector>
 
-/// In place of the system's: the product's sleeps take a hundredth, so that the threads meet more
+/// Replaces the system's usleep(): sleeps take a hundredth of their time, so threads interact more
 /// often.
 extern "C" int usleep(useconds_t microseconds)
 {
@@ -30,14 +30,14 @@ extern "C" int usleep(useconds_t microseconds)
 
 namespace
 {
-/// One for the whole program, as Qt keeps the first connection to the system bus.
+/// One bus for the whole program, since Qt never drops its first system bus connection.
 PrivateBus& theBus()
 {
     static PrivateBus bus;
     return bus;
 }
 
-/// With such sleeps it gives up soon; called again, it waits on for the same thread.
+/// With short sleeps ovik_init() times out early; a repeated call waits for the same thread.
 status_t start(int mode)
 {
     status_t status = OVIK_NO_APPLICATION;
@@ -49,7 +49,7 @@ TEST(Threads, TheApplicationIsPublishedAskedAndTakenBack)
 {
     theBus();
     for (int round = 0; round < 200; ++round) {
-        ASSERT_EQ(start(round % 2 == 0 ? 0 : 6), 0); // 6 looks for a platform meanwhile
+        ASSERT_EQ(start(round % 2 == 0 ? 0 : 6), 0); // mode 6 looks for a platform meanwhile
         int value = 0;
         EXPECT_EQ(ovik_getBuzzerMode(&value), -1);
         EXPECT_EQ(ovik_setVolatileParameter("key", "value", &value), -1);
@@ -62,7 +62,7 @@ TEST(Threads, TheApplicationIsPublishedAskedAndTakenBack)
     }
 }
 
-/// Asks until there is no application; false when anything is answered that may not be.
+/// Asks until the application has ended; false after any unexpected answer.
 bool askUntilItHasEnded()
 {
     for (;;) {
@@ -86,7 +86,7 @@ TEST(Threads, TheLoopEndsWhileSeveralThreadsAsk)
         int value = 0;
         EXPECT_EQ(ovik_getBuzzerMode(&value), -1);
         QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
-        // At once, or not until the callers have met the end, or not at all before the next start.
+        // Shut down at once, after the callers have seen the end, or not before the next start.
         if (round % 3 == 0) {
             const status_t status = ovik_shutdown();
             EXPECT_TRUE(status == OVIK_OK || status == OVIK_NOT_STARTED) << status;
@@ -100,8 +100,8 @@ TEST(Threads, TheLoopEndsWhileSeveralThreadsAsk)
     ovik_shutdown();
 }
 
-/// Outcomes without end, each with its number in all three texts. Slower than they can be taken, as
-/// they would otherwise pile up in front of the replies.
+/// Endless outcomes, each with its number in all three texts. A faster storm would fill the queues
+/// ahead of the replies.
 class Storm
 {
 public:
@@ -126,7 +126,7 @@ private:
     std::thread m_thread;
 };
 
-/// The number that the texts of an outcome carry, or -1 when they are not of one.
+/// The number in the texts of an outcome; -1 when the texts are inconsistent.
 int numberOf(const QByteArray& outcome)
 {
     const QList<QByteArray> fields = outcome.split(';');
@@ -150,7 +150,7 @@ TEST(Threads, AnOutcomeIsReadWholeWhileOthersPourIn)
         for (int round = 0; round < 500; ++round) {
             answer::Outcome outcome;
             const status_t status = serviceCommand(scan, outcome).status;
-            if (status == OVIK_TIMEOUT) // after a hundredth of a minute
+            if (status == OVIK_TIMEOUT) // a hundredth of a minute has passed
                 continue;
             ASSERT_EQ(status, OVIK_OK);
             ASSERT_EQ(outcome.result, 4);

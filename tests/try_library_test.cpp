@@ -1,4 +1,4 @@
-// The example program that a firmware engineer tries a platform library with.
+// The example program with which a firmware engineer tests a platform library.
 
 #include "tests/support/process.h"
 
