@@ -30,8 +30,8 @@ void check(int status)
 
 int main(int argc, char* argv[])
 {
-    // Waking a thread on an idle processor takes several times as long as on the same processor, so
-    // without pinning the scheduler would decide the times.
+    // Waking a thread on an idle processor takes several times as long as on the same processor.
+    // Pin all threads, or the scheduler would decide the times.
     cpu_set_t processor;
     CPU_ZERO(&processor);
     CPU_SET(static_cast<size_t>(sched_getcpu()), &processor);

@@ -100,8 +100,8 @@ void measureGrowth(Report& report, const Effort& effort)
     auto points = report.points("requests");
     Samples privateMemory, resident, batches, singles;
     for (int done = chunk; done <= total; done += chunk) {
-        // The first and the last requests are minutes apart, and the machine may slow down
-        // meanwhile, so each time is divided by that of direct calls at the same moment.
+        // The machine may slow down between the first and the last requests, minutes later.
+        // Divide each time by that of direct calls at the same moment.
         const double batchTime = many();
         // A request that arrives just before an idle sleep does not wait: use the slowest of five.
         const double slowest = quantile(alternate(5, {single}).front(), 1);

@@ -8,7 +8,6 @@
 /// Length of the service's idle sleep in ns.
 inline constexpr double idleSleep = 10e6;
 
-/// A quick run has a fifth of the rounds.
 struct Effort {
     bool quick;
     int rounds(int full) const { return quick ? (full + 4) / 5 : full; }

@@ -5,7 +5,6 @@
 #include <fstream>
 #include <string>
 
-/// The limit for a ratio.
 struct Goal {
     enum Kind { None, AtLeast, AtMost } kind = None;
     double bound = 0;
@@ -40,5 +39,4 @@ std::string durations(const Samples& ours, const Samples& others);
 std::string rates(const Samples& ours, const Samples& others);
 /// "123 / 456 KiB", from the medians.
 std::string kibibytes(const Samples& ours, const Samples& others);
-/// Formats like printf().
 std::string format(const char* form, ...) __attribute__((format(printf, 1, 2)));

@@ -18,7 +18,6 @@ using Contender = std::function<double()>;
 
 /// A contender; each call of @p work does @p operations operations.
 Contender timed(int operations, const std::function<void()>& work);
-/// A contender that repeats @p operation.
 Contender repeated(int times, const std::function<void()>& operation);
 
 /// Runs each contender once per round; a different one starts each round. There is no warm-up
