@@ -27,7 +27,6 @@ protected:
     }
     ~Application() override { settle(); }
 
-    /// Makes the getters return fixed values.
     void answerAll(FakePlatform& platform)
     {
         platform.answer("Buzzer.GetBuzzerMode", replyWith("i", 2));

@@ -26,7 +26,7 @@
 
 namespace
 {
-/// Keeps all diagnostics seen before @p text.
+/// Waits for @p text; appends every diagnostic so far to @p kept.
 bool waitForDiagnostic(const std::string& text, std::vector<std::string>& kept)
 {
     return waitUntil([&] {

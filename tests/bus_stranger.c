@@ -1,12 +1,12 @@
 /*
- * A hostile local user of the system bus: sends signals that nobody asked for to every connection
- * of a process. Plain C on libsystemd, so that it also compiles where neither Qt nor the tests do:
+ * A hostile local user of the system bus: sends unsolicited signals to every connection of a
+ * process. Plain C with libsystemd, so that it compiles without Qt and the tests:
  *
  *     cc bus_stranger.c -lsystemd -o bus_stranger
  *     bus_stranger PID descriptors COUNT    COUNT signals with 16 descriptors each, in one burst
  *     bus_stranger PID signal BYTES         one signal with BYTES bytes of short strings
  *
- * The exit status is 0 when the bus has taken everything.
+ * The exit status is 0 when the bus has accepted all signals.
  */
 #include <fcntl.h>
 #include <stdint.h>
@@ -16,7 +16,7 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
-enum { descriptorsPerSignal = 16 }; /* as many as the system bus passes on */
+enum { descriptorsPerSignal = 16 }; /* the system bus's limit */
 
 static int check(int result, const char* step)
 {

@@ -115,7 +115,7 @@ public:
     Interruptions()
     {
         struct sigaction action = {};
-        action.sa_handler = [](int) { ++count; }; // without SA_RESTART
+        action.sa_handler = [](int) { ++count; }; // without SA_RESTART, so calls fail with EINTR
         sigaction(SIGALRM, &action, nullptr);
         count = 0;
         set(3000);

@@ -238,7 +238,6 @@ bool isAsleep(pid_t pid)
     return name != std::string::npos && stat[name + 2] == 'S';
 }
 
-/// The median time of some rounds in milliseconds.
 double median(int rounds, const std::function<double()>& time)
 {
     std::vector<double> times;

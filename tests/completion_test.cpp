@@ -79,7 +79,6 @@ struct Shell {
 class Completion : public testing::TestWithParam<Shell>
 {
 protected:
-    /// Types @p typed and TAB, and expects each of @p texts on the screen.
     void expect(const std::string& typed, const Words& texts)
     {
         const auto shell = GetParam().open(m_program);

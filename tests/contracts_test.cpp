@@ -1,5 +1,5 @@
-// Dumps the contracts as the compiler and moc see them: the records and classes shared with the
-// platform library, the proxies, and the D-Bus interface files. Every change of them differs from
+// Dumps the contracts as the compiler and moc see them: records and classes shared with the
+// platform library, proxies, and D-Bus interface files. Any change makes the dump differ from
 // golden/contracts.txt, which scripts/generate.sh updates.
 
 #include "IProxy/IHWPluginInstanceProxy.h"

@@ -99,7 +99,6 @@ protected:
         takeDiagnostics();
     }
 
-    /// Repeats a fault; the first runs are not measured.
     static void repeat(const std::function<void()>& fault)
     {
         constexpr int firstTimes = 20;

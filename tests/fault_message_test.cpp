@@ -35,7 +35,6 @@ Exchange sets(const std::string& message, const std::string& value)
     return {message, "0 7", "/ com.wenu.OVIK.setVolatileParameter(ss) \"k\" \"" + value + "\""};
 }
 
-/// A value, and what the platform receives.
 Exchange value(const std::string& bytes, const std::string& arrives)
 {
     return sets(terminated(setValue + bytes), arrives);

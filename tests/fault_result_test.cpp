@@ -1,4 +1,4 @@
-// Outcomes of service commands in great numbers, of any size, malformed, or from strangers; before,
+// Outcomes of service commands: many, large, malformed, or from strangers. They arrive before,
 // during and after the call, with and without a pending scan.
 
 #include "tests/support/fault_fixture.h"

@@ -23,7 +23,6 @@ using nlohmann::json;
 
 namespace
 {
-/// Splits "getBrightness;40" into "getBrightness" and "40".
 Words split(const std::string& text, char separator)
 {
     Words words;
@@ -284,7 +283,6 @@ TEST_F(Ovikctl, QuietPrintsFailuresOnly)
     EXPECT_EQ(result.errors.substr(0, 4), "-10:");
 }
 
-/// Runs ovikctl with a redirection of the shell.
 Ran runRedirected(const std::string& redirection, const Words& arguments)
 {
     Words words = {"sh", "-c", "exec \"$@\" " + redirection, "sh"};
@@ -442,7 +440,6 @@ TEST(OvikctlBatch, SendsWithoutWaitingForAnswers)
     EXPECT_TRUE(contains(result.output, "getBrightness -> 0 0\ngetBrightness -> 0 1\n"));
 }
 
-/// Receives @p requests requests, answers the first @p answers and closes.
 auto stopsAfter(int requests, int answers)
 {
     return [=](ScriptedPeer& self) {
@@ -678,7 +675,6 @@ protected:
             GTEST_SKIP() << "only root can listen as another user";
     }
 
-    /// Answers all requests of @p clients clients, and records the requests.
     auto answering(int clients)
     {
         return [this, clients](ScriptedPeer& self) {

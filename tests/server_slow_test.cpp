@@ -19,7 +19,7 @@ TEST(Slow, AScanWithoutOutcomeTimesOutAndTheNextCommandWaitsInItsPlace)
     ASSERT_TRUE(server.waitForPlatform());
     Client client(serverSocket);
 
-    // No outcome: 120 sleeps of half a second.
+    // Without an outcome, the command sleeps 120 times half a second.
     server.process().newOutput();
     auto start = Clock::now();
     EXPECT_EQ(client.request("serviceCommand;wifi;scan;{}", patienceFactor * 90s), "-9");

@@ -26,7 +26,6 @@ protected:
         server.process().newOutput();
     }
 
-    /// Sends a command and returns when the platform has received the call.
     void sendAndWaitForCall(const std::string& text)
     {
         platform.takeCalls();

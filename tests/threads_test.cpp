@@ -20,8 +20,7 @@
 #include <unistd.h>
 #include <vector>
 
-/// Replaces the system's usleep(): sleeps take a hundredth of their time, so threads interact more
-/// often.
+/// Replaces the system's usleep(): sleeps take a hundredth of the time, for more interaction.
 extern "C" int usleep(useconds_t microseconds)
 {
     const timespec time = {0, static_cast<long>(microseconds) * 10};

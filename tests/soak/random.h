@@ -9,7 +9,7 @@ class Random
 public:
     explicit Random(unsigned int seed) : m_engine(seed) {}
 
-    /// 0 to below @p end.
+    /// A number from 0 to @p end - 1.
     size_t below(size_t end) { return m_engine() % end; }
     int between(int first, int last)
     {

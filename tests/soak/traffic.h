@@ -26,7 +26,6 @@ public:
     Process& service() { return m_server.process(); }
     Random& random() { return m_random; }
 
-    /// Ends the service with "quit".
     void quit();
     /// Throws when the service does not end, or ends with another status.
     void expectEnd(int status);

@@ -23,8 +23,7 @@ public:
     bool send(const std::string& text) { return sendBytes(text + '\0'); }
     /// The next message with every byte of it; nothing when no message arrives in time.
     std::optional<std::string> receiveBytes(std::chrono::milliseconds bound = patience);
-    /// The next message without its NUL; a text about the error when there is not exactly one NUL,
-    /// at the end.
+    /// The next message without its NUL, which must be the only one; otherwise an error text.
     std::string receive(std::chrono::milliseconds bound = patience);
     std::string request(const std::string& text, std::chrono::milliseconds bound = patience);
     void disconnect();

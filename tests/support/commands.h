@@ -29,8 +29,8 @@ struct CommandRow {
     }
     /// A write to a plug-in point, which asks for the point's mode first.
     bool isGuarded() const { return calls.size() == 2; }
-    /// The response when the platform cannot be reached. A plug-in command cannot tell a failed
-    /// call from the result 0, so it skips a guarded write.
+    /// The response when the platform cannot be reached. A plug-in command takes a failed call for
+    /// the result 0, and so it skips a guarded write.
     std::string responseTo(Obstacle obstacle) const;
     std::string errorLine(int status) const;
 };

@@ -35,10 +35,8 @@ Reply replySystemInfo(const std::string& serialNo, const std::string& moduleName
                       const std::string& manufactureCode);
 /// A device of type -2 with 2^40 bytes, 5 of them free, and flags 7.
 Reply replyStorageInfo(const std::string& mountPoint);
-/// Replies with the call's own arguments.
 Reply replyEcho();
 Reply replyError(const std::string& name);
-/// Never replies.
 Reply silence();
 /// Appends a new descriptor of /dev/null.
 int appendDescriptor(sd_bus_message* message);

@@ -17,7 +17,6 @@ struct FaultPanel {
 
     /// Ends the platform without its pending replies.
     void endPlatform() { platform.reset(); }
-    /// Starts a new platform, on which every command works.
     void startPlatform();
 
     PrivateBus bus;

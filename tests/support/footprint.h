@@ -21,9 +21,9 @@ long statusField(pid_t pid, const std::string& name);
 
 Footprint footprintOf(pid_t pid);
 
-/// True when @p now has at most the descriptors and threads of @p before, and at most @p
-/// memorySlack KiB more memory. @p before may count a descriptor or thread that was about to go, so
-/// fewer are fine. A sanitizer delays freeing, so memory is ignored in a sanitized build.
+/// True when @p now has no more descriptors and threads than @p before, and not more memory apart
+/// from @p memorySlack KiB. Fewer are fine, since @p before may count a thread that was ending.
+/// A sanitizer delays freeing, so memory is ignored in a sanitized build.
 bool isBackAt(const Footprint& before, const Footprint& now, long memorySlack);
 
 std::ostream& operator<<(std::ostream& out, const Footprint& footprint);

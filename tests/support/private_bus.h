@@ -16,7 +16,6 @@ public:
     /// Stops the daemon; the address remains valid for start().
     void stop() { m_daemon.reset(); }
     void signal(int number) { m_daemon->signal(number); }
-    /// Starts the daemon again at the same address.
     void start();
 
 private:

@@ -20,6 +20,6 @@ std::vector<std::string> takeDiagnostics();
 /// Runs the event loop of the calling thread until @p condition is met.
 bool spinUntil(const std::function<bool()>& condition);
 
-/// Call this before an application ends: Qt frees some memory of a new connection in the next turn
-/// of the loop, and leaks it without one.
+/// Call this before an application ends. Qt frees some memory of a new connection in the next turn
+/// of the loop, so without that turn it leaks.
 void settle();
