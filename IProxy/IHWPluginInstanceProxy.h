@@ -15,7 +15,7 @@ public:
 
     virtual bool isValid() const = 0;
 
-    // Null when the module has no such facility.
+    // Null when the module lacks the facility.
     virtual IPluginLeds* getLeds() = 0;
     virtual IPluginSensors* getSensors() = 0;
 

@@ -17,6 +17,6 @@ public:
     virtual bool isValid() const = 0;
 
 public Q_SLOTS:
-    /// The version as the platform keeps it: 20 bytes, trailing zero bytes included.
+    /// The platform's whole version field: 20 bytes, trailing zero bytes included.
     virtual status_t version(QByteArray& version) = 0;
 };

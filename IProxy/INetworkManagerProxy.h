@@ -6,8 +6,8 @@
 #include <QString>
 
 /**
- * The network configuration as the platform's JSON documents. A change is stored per interface and
- * takes effect with applyNewConfiguration().
+ * The network configuration as the platform's JSON documents. Changes are stored per interface and
+ * take effect with applyNewConfiguration().
  */
 class INetworkManagerProxy : public QObject
 {

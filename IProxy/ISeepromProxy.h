@@ -7,7 +7,7 @@
 
 /**
  * The serial EEPROMs: the panel's own, and slaves by their bus address. Addresses are byte offsets,
- * @p length counts bytes; the platform may hand back fewer.
+ * @p length counts bytes; the platform may return fewer.
  */
 class ISeepromProxy : public QObject
 {

@@ -29,16 +29,16 @@ public Q_SLOTS:
     virtual status_t state(const QString& service, int& resp) = 0;
 
     /**
-     * Starts a command whose outcome the platform reports later. @p fnCallback, a function taking
-     * three const char* (service, command, result text), is kept and replaces the one of any
-     * earlier command; see onCommandResult().
+     * Starts a command whose result the platform reports later, see onCommandResult().
+     * @param fnCallback a function taking three const char* (service, command, result text);
+     *                   replaces the callback of any earlier command
      */
     virtual status_t command(const QString& service, const QString& command, const QString& opts,
                              void* fnCallback, int& resp) = 0;
 
     /**
-     * The platform reports an outcome: calls the kept callback, if there is one, with the three
-     * texts as Latin-1. They live for the duration of the call only.
+     * Receives a result from the platform: calls the callback, unless null, with the three texts as
+     * Latin-1, which are valid during the callback only.
      */
     virtual void onCommandResult(const QString& service, const QString& command,
                                  const QString& json) = 0;

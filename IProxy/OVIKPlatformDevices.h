@@ -8,7 +8,7 @@
 #include <QObject>
 #include <QString>
 
-/** The panel's serial EEPROM; addresses and contents are laid out by the manufacturer. */
+/** The panel's serial EEPROM; the manufacturer defines addresses and contents. */
 class II2CSEEPROM : public QObject
 {
     Q_OBJECT

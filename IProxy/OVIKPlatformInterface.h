@@ -1,4 +1,4 @@
-/* The services of the platform library, as the objects that its factory hands out. */
+/* The services of the platform library, as the objects that its factory returns. */
 #ifndef OVIK_PLATFORM_INTERFACE_H
 #define OVIK_PLATFORM_INTERFACE_H
 
@@ -11,16 +11,16 @@
 
 /*
  * The platform library is built against the same declarations and is called through the virtual
- * table. The order of the operations therefore is the contract: a new one may only be appended at
- * the end of its interface, anywhere else it makes every library already built answer the wrong
- * call. Data members are part of the objects the library creates, so the same holds for them.
+ * table, so the order of the operations is the contract. Append new operations at the end of an
+ * interface only: with any other order, existing libraries would run the wrong operation. The same
+ * applies to data members, as the library creates the objects.
  *
- * The library creates and owns every object; nobody here deletes one or takes it as a child. None
- * of them is thread safe. An int result is the platform's own status or value and means what the
- * platform says.
+ * The library creates and owns every object: never delete one or make it a child. No object is
+ * thread safe. An int result is the platform's own status or value; the platform defines its
+ * meaning.
  */
 
-/** The library's factory: the object of an instance name, or null when it has no such object. */
+/** The library's factory. @return the object of an instance name, or null when it does not exist */
 typedef QObject* (*OvikPluginFactory_getInstance_function)(const char* instanceName);
 
 #endif

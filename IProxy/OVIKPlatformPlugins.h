@@ -9,7 +9,7 @@
 #include <QObject>
 #include <QString>
 
-/** One plug-in slot, numbered by the platform; a null facility is one that the module lacks. */
+/** One plug-in slot, numbered by the platform; a facility is null when the module lacks it. */
 class IHWPluginInstance : public QObject
 {
     Q_OBJECT
@@ -75,7 +75,7 @@ public Q_SLOTS:
     virtual int seepromRead(uchar plid, uchar addr, uint length, QByteArray& data) = 0;
     virtual int seepromWrite(uchar plid, uchar addr, const QByteArray& data) = 0;
     virtual sSEEModule signature() const = 0;
-    /** The whole field, zero bytes included; the same holds for signatureFunctArea(). */
+    /** The whole field, zero bytes included, as for signatureFunctArea(). */
     virtual QByteArray signatureName() const;
     virtual uchar signatureHCode() const { return signature().Hcode; }
     virtual uchar signatureHSubCode() const { return signature().Hsubcode; }

@@ -1,4 +1,4 @@
-/* The platform's long-running work; the rules in OVIKPlatformInterface.h apply. */
+/* The platform's long-running jobs; the rules in OVIKPlatformInterface.h apply. */
 #ifndef OVIK_PLATFORM_PROCESSES_H
 #define OVIK_PLATFORM_PROCESSES_H
 
@@ -7,7 +7,7 @@
 #include <QString>
 #include <QThread>
 
-/** One transfer of a system image to or from the panel; progress is counted by the platform. */
+/** One transfer of a system image to or from the panel; the platform counts the progress. */
 class IImageTransferProcess : public QThread
 {
     Q_OBJECT
@@ -38,7 +38,7 @@ protected:
     static int m_incrementalTransferId;
 };
 
-/** One check or format of a system image; messages and progress are worded by the platform. */
+/** One check or format of a system image; messages and progress are the platform's. */
 class IJobProcess : public QThread
 {
     Q_OBJECT

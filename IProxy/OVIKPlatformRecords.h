@@ -1,4 +1,4 @@
-/* The plain records that travel between this program and the platform library. */
+/* The plain records that this program and the platform library exchange. */
 #ifndef OVIK_PLATFORM_RECORDS_H
 #define OVIK_PLATFORM_RECORDS_H
 
@@ -10,14 +10,14 @@
 
 /*
  * The platform library is built against the same records and fills them in place, so the order and
- * the types of the fields are fixed. The records have no default initialisers: they stay plain data
- * that may be copied or cleared as bytes (systemSpecs excepted, which owns strings).
+ * the types of the fields are fixed. The records have no default initialisers: they are plain data
+ * and may be copied or cleared as bytes (except systemSpecs, which owns strings).
  *
- * The layouts asserted here are those of 64 bit and of ARM, where 64-bit integers are aligned to 8
- * bytes; 32-bit x86 aligns them to 4, for its own library as well.
+ * The asserted layouts are those of 64-bit systems and of ARM, which align 64-bit integers to 8
+ * bytes. 32-bit x86 aligns them to 4, in the platform library as well.
  */
 
-/** Identity of the panel as kept in its serial EEPROM; the values are the manufacturer's. */
+/** Identity of the panel as stored in its serial EEPROM; the values are the manufacturer's. */
 typedef struct _systemInfo {
     quint8 day;
     quint8 month;
@@ -52,7 +52,7 @@ static_assert(sizeof(bootldrInfo) == 24 && alignof(bootldrInfo) == 1 &&
                   offsetof(bootldrInfo, version) == 4,
               "bootldrInfo must match the platform library's record");
 
-/** The name under which the record is a metatype. */
+/** The record's metatype name. */
 typedef struct _bootldrInfo partitionInfo;
 
 /** One storage device; mountPoint is NUL-terminated, kinds and flags are the platform's. */
@@ -146,7 +146,7 @@ typedef struct screenSaturationInfo {
     qint32 blue;
 } screenSaturationInfo;
 
-/** Model of the panel as the manufacturer names it. */
+/** The manufacturer's name of the panel's model. */
 typedef struct PanelModel {
     QString family_id;
     QString disp_size;

@@ -16,13 +16,13 @@ class IOVIK : public QObject
     Q_OBJECT
 
 public:
-    /** What a restore covers; the values are bits and may be combined. */
+    /** The scope of a restore; the values are bits and may be combined. */
     enum defaultSettings {
         restoreNetwork = 1,
         restoreDisplay = 2,
         restoreServices = 4,
         restoreUsers = 8,
-        restoreSettings = 247, /**< everything but the users */
+        restoreSettings = 247, /**< everything except the users */
         restoreAll = 255
     };
 
@@ -93,7 +93,7 @@ Q_SIGNALS:
     void mousePlugEvent(int bPlugged);
 };
 
-/** Memory of the running system, in the platform's unit; it warns below the threshold. */
+/** Memory of the running system, in the platform's unit; warns below the threshold. */
 class ISysStat : public QObject
 {
     Q_OBJECT
@@ -147,7 +147,7 @@ class INetworkManager : public QObject
     Q_OBJECT
 
 public:
-    /** What a new configuration touches; the values are bits and may be combined. */
+    /** The scope of a new configuration; the values are bits and may be combined. */
     enum ApplyOptions {
         ApplyNone = 0,
         ApplyDns = 1,

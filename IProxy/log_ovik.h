@@ -3,8 +3,8 @@
 #include <QByteArray>
 
 /**
- * The sink of the diagnostics that the application and the backends' start-up produce. The program
- * defines it; the library has a default that discards the text.
+ * Receives the diagnostics of the application and of the backends' start-up. A program may define
+ * this function; the library's default discards the text.
  */
 extern "C" void logOVIKErrors(char* err);
 

@@ -5,9 +5,9 @@
 /**
  * Result of a call: OVIK_OK, or a negative failure.
  *
- * A status only tells whether the platform was reached. What the platform itself answered is in the
- * call's output argument: for a getter the value read, for a setter or an action the platform's own
- * result code. It counts on OVIK_OK only.
+ * A status only reports whether the platform was reached. The platform's own answer is in the
+ * call's output argument, valid on OVIK_OK only: a getter's value, or the platform's result code of
+ * a setter or an action.
  */
 typedef int status_t;
 
@@ -16,10 +16,10 @@ enum ovik_status {
     OVIK_OK = 0,
     OVIK_NO_PLATFORM = -1,    /**< no backend, or the backend lacks the facility */
     OVIK_NO_THREAD = -2,      /**< the application thread could not be created */
-    OVIK_NO_APPLICATION = -3, /**< not initialised, not up in time, or ended; or, from the socket,
-                                   bytes to read that are fewer than 0, more than 65535 or without
-                                   memory */
-    OVIK_REPLY_ERROR = -4,    /**< the platform's reply is an error or could not be had */
+    OVIK_NO_APPLICATION = -3, /**< not initialised, not ready in time, or ended; from the socket
+                                   also: the bytes to read are fewer than 0, more than 65535, or
+                                   there is no memory for them */
+    OVIK_REPLY_ERROR = -4,    /**< the platform's reply is an error or did not come */
     OVIK_NOT_STARTED = -5,    /**< mode change or shutdown without an initialised application */
     OVIK_BACKEND_FAILED = -6, /**< the backend chosen by a mode failed to initialise */
     OVIK_ILLEGAL_MODE = -7,   /**< no such mode */
