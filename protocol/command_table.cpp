@@ -4,7 +4,7 @@
 
 namespace
 {
-// --- The details of a row; commands.def explains them ---
+// --- The details of a row, see commands.def ---
 
 constexpr Argument number(const char* name, const char* example, const char* meaning)
 {

@@ -11,16 +11,16 @@ enum class CommandId {
 #include "protocol/commands.def"
 };
 
-/// What a command does to the panel and the service.
+/// The effect of a command on the panel and the service.
 enum class Effect { Reads, Writes, Ends };
 
-/// How a success is answered. A failure is answered with its status alone.
+/// The form of a successful answer. The answer to a failure is its status only.
 enum class Shape {
     Status,     ///< "0"
     Unsigned,   ///< "0 75"
     Signed,     ///< "0 -3"; a flag as 0 or 1
     Size,       ///< "0 12345678901"
-    Text,       ///< "0 " and a text to the end of the message
+    Text,       ///< "0 " and a text up to the end of the message
     SystemInfo, ///< "0 name,12,513": module name, hardware code, manufacturer code
     Bytes,      ///< "0 01,AB,00"
     Outcome,    ///< "0 -3", for a Wi-Fi scan "0 -3;service;command;result"
@@ -36,7 +36,7 @@ struct Argument {
     ArgumentKind kind = ArgumentKind::Text;
     const char* example = nullptr; ///< works with the simulated panel
     const char* meaning = nullptr;
-    bool isSecret = false; ///< may hold a password: to be kept out of logs and histories
+    bool isSecret = false; ///< may contain a password: must not appear in logs and histories
 };
 
 /// The arguments of a command; each is required.
@@ -55,7 +55,7 @@ private:
     size_t m_count = 0;
 };
 
-/// One command of the protocol: all that the service, its clients and the documents know of it.
+/// One command of the protocol, for the service, its clients and the documents.
 struct Command {
     CommandId id;
     const char* word;
@@ -65,8 +65,8 @@ struct Command {
     const char* help;   ///< one line
     const char* logName;
     Arguments arguments;
-    bool isAnswerSecret = false; ///< may hold a password: to be kept out of logs
-    int textLimit = 0;           ///< bytes of a text answer before it is cut; 0: as many as fit
+    bool isAnswerSecret = false; ///< may contain a password: must not appear in logs
+    int textLimit = 0;           ///< a longer text answer is cut, in bytes; 0: as many as fit
     ModeQuery modeQuery = ModeQuery::None;
 
     int argumentCount() const { return static_cast<int>(arguments.size()); }
@@ -79,13 +79,13 @@ constexpr CommandId commandIds[] = {
 };
 constexpr size_t commandCount = std::size(commandIds);
 
-/// The whole protocol, in the order of comparison; the rows are in commands.def.
+/// The whole protocol, in the order in which words are compared; the rows are in commands.def.
 extern const std::array<Command, commandCount> commandTable;
 
 /// The command of that exact word, or null.
 const Command* findCommand(std::string_view word);
 
-/// A status that a response can have.
+/// A status of a response.
 struct StatusRow {
     int number;
     const char* meaning;
@@ -100,9 +100,9 @@ constexpr size_t statusCount = std::size(statusNumbers);
 /// The rows are in statuses.def.
 extern const std::array<StatusRow, statusCount> statusTable;
 
-// The names of properties, as documents and lists show them.
+// The names of properties in documents and lists.
 const char* nameOf(Effect effect);
 const char* nameOf(Shape shape);
 const char* nameOf(ArgumentKind kind);
-/// The word of the query.
+/// The word of the command that queries the mode.
 const char* nameOf(ModeQuery query);

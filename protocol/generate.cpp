@@ -1,8 +1,8 @@
-// Makes the files that come from the table of commands. scripts/generate.sh runs it in two steps:
+// Generates files from the command table. scripts/generate.sh runs it in two steps:
 //
-// - "ovik_generate requests" prints the examples' requests, in the order to send them;
-// - "ovik_generate files FROM TO" reads lines "request -> response", and makes each product below
-//   from its file in the folder FROM, in the folder TO.
+// - "ovik_generate requests" prints the examples' requests, in the order to send them.
+// - "ovik_generate files FROM TO" reads lines "request -> response". It writes each product below
+//   to the folder TO, from its file in the folder FROM.
 
 #include "protocol/command_table.h"
 #include "protocol/products.h"
@@ -22,7 +22,7 @@ const Product products[] = {
     {"packaging/man/ovik_protocol.7.scd", writeManual},
 };
 
-/// Twice, as some read what others set: the second response counts. Last what ends the service.
+/// Each request twice, as some read what others set (the second response counts); "quit" last.
 void printRequests()
 {
     for (int round = 0; round < 2; ++round) {

@@ -7,7 +7,7 @@
 
 namespace
 {
-/// For scdoc.
+/// Escapes the text for scdoc.
 std::string escaped(const std::string& text)
 {
     std::string out;

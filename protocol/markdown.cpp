@@ -8,7 +8,7 @@
 
 namespace
 {
-/// A text within a table, where "|" ends a cell.
+/// Escapes a table cell's text: "|" would end the cell.
 std::string cell(std::string text)
 {
     for (size_t at = 0; (at = text.find('|', at)) != std::string::npos; at += 2)

@@ -3,11 +3,10 @@
 #include <map>
 #include <string>
 
-/// Responses by request, as the service answered the table's examples.
+/// The service's responses to the table's examples, by request.
 using Examples = std::map<std::string, std::string>;
 
-/// A file that is made from the table: its writer takes the file as it is and returns it as it
-/// should be.
+/// A file generated from the table: its writer receives the current text and returns the new one.
 struct Product {
     const char* path;
     std::string (*write)(const std::string& current, const Examples& examples);
@@ -20,7 +19,7 @@ struct Command;
 /// The example of a command: "setBuzzerMode;1".
 std::string exampleOf(const Command& command);
 
-/// @p document with what is between the lines @p begin and @p end replaced by @p text. Throws if it
-/// lacks one of them.
+/// Replaces everything between the lines @p begin and @p end of @p document by @p text. Throws if
+/// @p document lacks one of these lines.
 std::string replaced(const std::string& document, const std::string& begin, const std::string& end,
                      const std::string& text);
