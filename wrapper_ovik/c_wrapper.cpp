@@ -18,20 +18,20 @@ namespace
 {
 /// Null unless requests can be served. Written by the application thread only.
 std::atomic<OvikApplication*> ovikApp{nullptr};
-/// Requests that use the application object, or are about to.
+/// Number of requests that use the application object, or are about to use it.
 std::atomic<int> requestsUnderWay{0};
 
 enum class Thread {
     None,
     Started,
-    Ended ///< its event loop has returned; not joined yet
+    Ended ///< the event loop has returned; not joined yet
 };
 std::atomic<Thread> qMainState{Thread::None};
 pthread_t qMainId;
 thread_local bool onApplicationThread = false;
 
 /**
- * The application object, or null; the object lives at least as long as this.
+ * The application object, or null; keeps the object alive.
  *
  * The event loop can end at any time: a platform library or a callback may call
  * QCoreApplication::quit(). A request counts itself before it reads ovikApp, and endRequests()
@@ -43,8 +43,7 @@ class ApplicationUse
 public:
     ApplicationUse()
     {
-        // Without an application nothing is counted: otherwise busy callers could block
-        // endRequests().
+        // Counting calls without an application would let busy callers block endRequests().
         if (!ovikApp)
             return;
         ++requestsUnderWay;
@@ -67,10 +66,10 @@ private:
 };
 
 /**
- * Refuses new requests and ends those that the event loop has left.
+ * Refuses new requests and ends those that the event loop did not run.
  *
  * Deleting the event of a blocking call releases its caller, with the result still OVIK_NOT_RUN. A
- * request that has read ovikApp may post its event a moment later, so repeat until none is left.
+ * request that has read ovikApp may post its event later, so repeat until no request is left.
  */
 void endRequests(OvikApplication& app)
 {
@@ -91,7 +90,7 @@ void join()
 void* qMain(void* arg)
 {
     onApplicationThread = true;
-    int argc = 1; // QCoreApplication keeps a reference to it
+    int argc = 1; // QCoreApplication keeps a reference
     OvikApplication app(argc, nullptr);
 
     const auto mode = static_cast<int>(reinterpret_cast<intptr_t>(arg));
@@ -107,7 +106,7 @@ void* qMain(void* arg)
     default:
         app.setMode(mode);
     }
-    // Not before the start mode stands, so that no request meets the object without one.
+    // Published only now, so that no request runs before the start mode is set.
     ovikApp = &app;
     OvikApplication::exec();
     endRequests(app);
@@ -121,7 +120,7 @@ const char* typeName()
 }
 
 /**
- * Runs a slot, named by its string, on the application thread and waits for its result.
+ * Runs the slot of that name on the application thread and waits for its result.
  *
  * @return OVIK_OK, with @p result unchanged when the loop ended before the slot ran; @p absent
  *         without an application; OVIK_NOT_RUN on the application thread, where the call would wait
@@ -141,7 +140,7 @@ status_t invoke(status_t absent, const char* slot, Result& result, const Args&..
     return OVIK_OK;
 }
 
-/// One request: what the slot hands back. A slot that does not run leaves OVIK_NOT_RUN.
+/// @return the slot's result; OVIK_NO_APPLICATION or OVIK_NOT_RUN when the slot did not run
 template <class Resp, class... Args>
 Resp request(const char* slot, const Args&... args)
 {
@@ -161,10 +160,10 @@ status_t valueFunc(const char* slot, Value* out, const Args&... args)
     return resp.status;
 }
 
-/// What a caller's length says of its buffer: a negative one, that it has none.
+/// The size of a caller's buffer: a negative length counts as 0.
 size_t bufferSize(int length) { return static_cast<size_t>(std::max(length, 0)); }
 
-/// Writes the whole @p buffer: as much of @p bytes as it takes, then zero bytes.
+/// Writes the whole @p buffer: as many of @p bytes as fit, then zero bytes.
 void fill(void* buffer, size_t size, const char* bytes, size_t available)
 {
     const size_t copied = std::min(size, available);
@@ -172,7 +171,7 @@ void fill(void* buffer, size_t size, const char* bytes, size_t available)
     memset(static_cast<char*>(buffer) + copied, 0, size - copied);
 }
 
-/// As strncpy(), but the bytes need not have a NUL: those of a platform library may have none.
+/// Like strncpy(), but the bytes need no NUL: a platform library may send none.
 void copyText(char* buffer, int length, const QByteArray& bytes)
 {
     fill(buffer, bufferSize(length), bytes.constData(),
@@ -182,7 +181,7 @@ void copyText(char* buffer, int length, const QByteArray& bytes)
 QByteArray utf8(const QByteArray& bytes) { return bytes; }
 QByteArray utf8(const QString& text) { return text.toUtf8(); }
 
-/// A request for a text; see the top of ovik_c.h for how it is cut and terminated.
+/// A request for a text, cut and terminated as described at the top of ovik_c.h.
 template <class Resp, class... Args>
 status_t textFunc(const char* slot, char* buffer, int length, const Args&... args)
 {
@@ -192,7 +191,7 @@ status_t textFunc(const char* slot, char* buffer, int length, const Args&... arg
     return resp.status;
 }
 
-/// A request for @p count bytes, filled up with zero bytes.
+/// A request for @p count bytes, padded with zero bytes.
 template <class... Args>
 status_t bytesFunc(const char* slot, unsigned char* out, size_t count, const Args&... args)
 {
@@ -208,8 +207,8 @@ status_t intFunc(const char* slot, int* value, const Args&... args)
     return valueFunc<StatusIntResp>(slot, value, args...);
 }
 
-// The commonest forms, as plain functions: called with other arguments they do not compile, where
-// the templates would look for a slot that is not there.
+// The commonest forms, as plain functions: wrong arguments fail to compile, while the templates
+// would only fail to find a slot at run time.
 status_t noParamFunc(const char* method, int* value) { return intFunc(method, value); }
 
 status_t oneIntFunc(const char* method, int arg, int* value) { return intFunc(method, value, arg); }
@@ -230,7 +229,7 @@ status_t ovik_init(int mode)
         return OVIK_NOT_RUN;
     if (qMainState == Thread::Ended)
         join();
-    // A thread that an earlier call gave up waiting for is waited for again, not doubled.
+    // When an earlier call timed out, wait for its thread again instead of starting a second one.
     if (qMainState == Thread::None) {
         qMainState = Thread::Started;
         if (pthread_create(&qMainId, nullptr, qMain, reinterpret_cast<void*>(intptr_t(mode))) !=
@@ -256,7 +255,7 @@ status_t ovik_setMode(int mode)
 
 status_t ovik_shutdown()
 {
-    // No proxy is in use any more when the loop stops.
+    // No proxy may be in use when the loop stops.
     const status_t status = ovik_setMode(OVIK_MODE_NONE);
     if (status == OVIK_OK) {
         const ApplicationUse use;
@@ -499,7 +498,7 @@ status_t ovik_getSystemInfo(char* moduleName, int maxLen, unsigned char* hwCode,
     if (resp.status != OVIK_OK)
         return resp.status;
     const systemInfo& info = resp.info;
-    // The record's field need not be terminated, so it bounds the copy as well.
+    // The record's field need not be terminated, so its size also limits the copy.
     copyText(moduleName, maxLen,
              QByteArray(reinterpret_cast<const char*>(info.moduleName), sizeof info.moduleName));
     *hwCode = info.hwCode;

@@ -1,4 +1,4 @@
 #include "wrapper_ovik/ovik_c.h"
 
-/// A program that does not care about diagnostics need not define its own.
+/// For programs that do not define their own; discards the diagnostics.
 extern "C" __attribute__((weak)) void logOVIKErrors(char*) {}

@@ -85,13 +85,13 @@ void OvikApplication::useNone()
     m_sysStat = nullptr;
     m_networkManager = nullptr;
     m_serviceManager = nullptr;
-    // The plug-in modules stay: they are in their slots still, and an empty list would deny that.
+    // The list of plug-in modules is kept on purpose: the modules are still in their slots.
     m_mode = OVIK_MODE_NONE;
 }
 
 void OvikApplication::useLocal()
 {
-    // The in-process backend has neither a service manager nor plug-in modules: those of the D-Bus
+    // The in-process backend has neither a service manager nor plug-in modules. Those of the D-Bus
     // backend stay in use on purpose.
     adopt(m_interfaceLocal);
     m_mode = OVIK_MODE_LOCAL;
@@ -105,7 +105,7 @@ void OvikApplication::useDbus()
     m_mode = OVIK_MODE_DBUS;
 }
 
-/// The facilities that every backend has.
+/// Uses the proxies that every backend has.
 template <class Backend>
 void OvikApplication::adopt(Backend& backend)
 {

@@ -12,9 +12,9 @@
 #include <QString>
 #include <QVector>
 
-// What a slot hands back to the thread that asked: a status, and a value that counts on OVIK_OK
-// only. The C API names a slot's return type by its metatype name, so each record is declared as
-// one under exactly its own name.
+// The result of a slot for the calling thread: a status, and a value that is valid on OVIK_OK only.
+// The C API names a slot's return type by its metatype name, so each record is declared as a
+// metatype under exactly its own name.
 
 struct StatusIntResp {
     status_t status;
@@ -48,25 +48,25 @@ Q_DECLARE_METATYPE(StatusUint64Resp)
 Q_DECLARE_METATYPE(SystemInfoResp)
 
 /**
- * The application object of the thread that the platform is reached from.
+ * The application object of the thread that calls the platform.
  *
- * It owns the backends and points at the proxies of the one in use; a request slot forwards to one
- * of those pointers. Every slot runs on this object's thread.
+ * It owns the backends and points at the proxies of the backend in use. A request slot calls one of
+ * these proxies. Every slot runs on this object's thread.
  */
 class OvikApplication : public QCoreApplication
 {
     Q_OBJECT
 public:
-    /// @param argc must outlive the object, as QCoreApplication asks.
+    /// @param argc must outlive the object, as QCoreApplication keeps a reference.
     OvikApplication(int& argc, char** argv);
     ~OvikApplication() override;
 
 public Q_SLOTS:
-    /// Initialises the D-Bus backend and adopts it, or tries again after a second, without limit.
+    /// Initialises the D-Bus backend and adopts it, or retries every second, without limit.
     void checkDbus();
 
     /**
-     * Chooses the backend, see ovik_setMode().
+     * Selects the backend, see ovik_setMode().
      *
      * @return OVIK_OK, OVIK_BACKEND_FAILED with nothing changed, or OVIK_ILLEGAL_MODE.
      */
@@ -75,10 +75,10 @@ public Q_SLOTS:
     /// OVIK_MODE_NONE, OVIK_MODE_LOCAL or OVIK_MODE_DBUS.
     int getMode();
 
-    /// Tells that the thread is alive: 0.
+    /// Liveness probe: always 0.
     int doSomething();
 
-    // One slot per request. OVIK_NO_PLATFORM without a proxy, else the status of the proxy.
+    // One slot per request. @return OVIK_NO_PLATFORM without a proxy, else the proxy's status.
     StatusIntResp getBuzzerMode();
     StatusIntResp setBuzzerMode(int mode);
     StatusIntResp setBuzzerUserControl(int control);
@@ -87,7 +87,7 @@ public Q_SLOTS:
     StatusIntResp getBrightness();
     StatusIntResp saveBrightness(int value);
     SystemInfoResp getSystemInfo();
-    // EEPROM addresses are bytes: the low 8 bits count. The platform's result code is dropped.
+    // EEPROM addresses are bytes: only the low 8 bits are used. The result code is discarded.
     StatusByteArrayResp seepromRead(int addr, int len);
     StatusByteArrayResp seepromReadSlave(int slaveAddr, int addr, int len);
     StatusIntResp getSysCounter();
@@ -107,9 +107,9 @@ public Q_SLOTS:
     StatusIntResp setInterfaceConfigJson(const QString& interface, const QString& config);
     StatusIntResp applyNewConfiguration();
 
-    // Plug-in modules. The slot is a place in the list of the modules found: OVIK_EMPTY_SLOT where
-    // there is none. A module without such points gives OVIK_OK and -1, a call that fails at the
-    // platform OVIK_OK and 0.
+    // Plug-in modules. The slot is a place in the list of the modules found; a place beyond the
+    // list returns OVIK_EMPTY_SLOT. A module without such points returns OVIK_OK and -1, a call
+    // that fails on the platform OVIK_OK and 0.
     StatusIntResp getHWPluginIOMode(unsigned int slot, unsigned int index);
     StatusByteArrayResp getHWPluginIO(unsigned int slot, unsigned int index, int count);
     StatusIntResp setHWPluginIO(unsigned int slot, unsigned int index, QByteArray output);
@@ -158,6 +158,6 @@ private:
     IServiceManagerProxy* m_serviceManager = nullptr;
 
 protected:
-    /// As the D-Bus backend has found them, which owns them.
+    /// Found and owned by the D-Bus backend.
     QVector<HWPluginInstanceProxyDbus*> m_HWPluginInstances;
 };

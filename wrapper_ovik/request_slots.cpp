@@ -1,4 +1,4 @@
-// The request slots of OvikApplication: which proxy serves which request.
+// The request slots of OvikApplication. Each calls one operation of one proxy.
 
 #include "wrapper_ovik/ovikapplication.h"
 
@@ -19,7 +19,7 @@
 
 namespace
 {
-/// Asks @p proxy for a value; @p operation's last argument is where it goes.
+/// Asks @p proxy for a value, which @p operation writes to its last argument.
 template <class Resp, class Proxy, class... Params, class... Args>
 Resp forward(Proxy* proxy, status_t (Proxy::*operation)(Params...), const Args&... args)
 {
@@ -33,7 +33,7 @@ Resp forward(Proxy* proxy, status_t (Proxy::*operation)(Params...), const Args&.
     return resp;
 }
 
-/// As forward(), for a text that is handed on as Latin-1 bytes.
+/// Like forward(), for a text that is returned as Latin-1 bytes.
 template <class Proxy, class... Params, class... Args>
 StatusByteArrayResp forwardLatin1(Proxy* proxy, status_t (Proxy::*operation)(Params...),
                                   const Args&... args)
@@ -45,12 +45,12 @@ StatusByteArrayResp forwardLatin1(Proxy* proxy, status_t (Proxy::*operation)(Par
 constexpr auto sensors = &HWPluginInstanceProxyDbus::getSensors;
 constexpr auto leds = &HWPluginInstanceProxyDbus::getLeds;
 
-/// Flashing and blinking take a value that no request names.
+/// The LED value of flashing and blinking; the requests have no argument for it.
 constexpr unsigned int lit = 1;
 
 /**
- * Asks the sensors or the LEDs of the plug-in module at @p slot. What the module itself answers, a
- * negative result included, is the value of a successful request.
+ * Asks the sensors or the LEDs of the plug-in module at @p slot. The module's own answer, even a
+ * negative result, is the value of a successful request.
  */
 template <class Resp, class Points, class Operation, class... Args>
 Resp askPlugin(const QVector<HWPluginInstanceProxyDbus*>& instances, unsigned int slot,

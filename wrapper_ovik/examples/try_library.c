@@ -1,10 +1,10 @@
 /*
  * Tries a platform library: loads "libOVIK.so" from the dynamic linker's search path through the C
- * API and asks each of its facilities for something that changes nothing.
+ * API and reads a value from each facility. Nothing on the panel changes.
  *
  *     LD_LIBRARY_PATH=/where/it/is ovik_try_library
  *
- * Ends with 0 when the library was loaded and every facility answered.
+ * Exits with 0 when the library was loaded and every facility answered.
  */
 
 #include "ovik_c.h"
@@ -12,12 +12,12 @@
 #include <inttypes.h>
 #include <stdio.h>
 
-/* The library's own discards these texts; here they are worth seeing. */
+/* Overrides the library's default, which discards these texts. */
 void logOVIKErrors(char* err) { printf("  (%s)\n", err); }
 
 static int failures = 0;
 
-/* Prints a facility's answer, or why there is none; true when there is one. */
+/* Prints the facility's name, and the status of a failure; true when the facility answered. */
 static int answered(const char* facility, status_t status)
 {
     if (status != OVIK_OK) {
