@@ -3,9 +3,8 @@
 #include "ComWenuOVIKGeneratedInterface.h" // generated from interfaces/com.wenu.OVIK.xml
 
 /**
- * Client of the service's base interface. Three of its calls are virtual, so that a class derived
- * from it can answer them; generated calls are not. Their order is that of the virtual table, and
- * stays.
+ * Client of the service's base interface. Three calls are virtual, unlike generated calls, so that
+ * a derived class can override them. Keep their order: it is the order of the virtual table.
  */
 class ComWenuOVIKInterface : public ComWenuOVIKGeneratedInterface
 {

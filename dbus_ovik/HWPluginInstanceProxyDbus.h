@@ -6,13 +6,13 @@
 
 #include "ComWenuOVIKHWPluginInstanceInterface.h"
 
-/// Uses its client only to check that the module is present, and calls none of its methods.
+/// The client only checks that the module is present; its methods are never called.
 class HWPluginInstanceProxyDbus
     : public DbusProxy<IHWPluginInstanceProxy, ComWenuOVIKHWPluginInstanceInterface>
 {
     Q_OBJECT
 public:
-    /// @param slot 0 to 9: the path has room for one digit.
+    /// @param slot 0 to 9: the path has one digit for the slot.
     static QString path(int slot) { return QStringLiteral("/HWPlugin/") + QChar('0' + slot); }
     static QString ledsPath(int slot) { return path(slot) + QStringLiteral("/Leds"); }
     static QString sensorsPath(int slot) { return path(slot) + QStringLiteral("/Sensors"); }
@@ -29,7 +29,7 @@ public:
             new PluginSensorsProxyDbus(&connection, this, sensorsPath(slot), known);
     }
 
-    /// The slot that the module sits in; -1 when the service has no such object.
+    /// @return the module's slot; -1 when the service has no such object
     int getSlot() const { return m_slot; }
 
 public Q_SLOTS:

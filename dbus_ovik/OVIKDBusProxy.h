@@ -5,7 +5,7 @@
 
 #include <memory>
 
-/// The client of the service's object at @p path, or null when that is not present.
+/// @return the client of the service's object at @p path, or null when the object is not present
 template <class Client>
 std::unique_ptr<Client> makeClient(const QString& path, const QDBusConnection& connection,
                                    const PlatformIntrospection& known)
@@ -16,14 +16,14 @@ std::unique_ptr<Client> makeClient(const QString& path, const QDBusConnection& c
     return client;
 }
 
-/// Base of the proxies: holds the client of its object, or null when that is not present.
+/// Base of the proxies: owns the client of its object, or null when the object is not present.
 template <class Interface, class ClientClass>
 class DbusProxy : public Interface
 {
 public:
     bool isValid() const override { return m_dbusObject && m_dbusObject->isValid(); }
 
-    /// True when the platform had the object, whether it can be reached now or not.
+    /// True when the platform had the object at initialisation, even if it is unreachable now.
     bool hasClient() const { return m_dbusObject != nullptr; }
 
 protected:

@@ -41,7 +41,7 @@ Argument& transferAll(Argument& argument, Fields&... fields)
 }
 } // namespace
 
-/// Both directions of a record whose fields, in their order on the wire, are the arguments.
+/// Both directions of a record. The arguments are its fields, in their order on the wire.
 #define OVIK_DBUS_RECORD(Record, ...)                                                              \
     QDBusArgument& operator<<(QDBusArgument& argument, const Record& record)                       \
     {                                                                                              \

@@ -4,10 +4,10 @@
 
 #include <QDBusArgument>
 
-// How the platform's records travel over D-Bus: a structure of the fields in their order.
+// The platform's records on D-Bus: a structure of the fields, in their order.
 //
-// A fixed byte field is sent whole, at its declared length and not cut at a zero byte. Reading
-// takes what arrived, at most the field, and clears the rest of it.
+// A fixed byte field is sent at its declared length and not cut at a zero byte. Reading a shorter
+// value clears the rest of the field; excess bytes are dropped.
 
 QDBusArgument& operator<<(QDBusArgument& argument, const systemInfo& record);
 const QDBusArgument& operator>>(const QDBusArgument& argument, systemInfo& record);

@@ -20,8 +20,8 @@ namespace
 {
 constexpr int pluginSlots = 4;
 
-/// Every object that a proxy is made for, the base object last: most platforms answer one call
-/// after the other, so its answer means that the others have come too.
+/// Every object that needs a proxy, the base object last: most platforms answer calls in order, so
+/// the base object's answer comes after all others.
 QStringList objectPaths()
 {
     QStringList paths = {
@@ -35,7 +35,7 @@ QStringList objectPaths()
     return paths;
 }
 
-/// The unique name of the platform's connection; empty without one.
+/// @return the unique name of the platform's connection; empty without one
 QString platformOwner(const QDBusConnection& connection)
 {
     auto question = QDBusMessage::createMethodCall(
@@ -47,9 +47,9 @@ QString platformOwner(const QDBusConnection& connection)
 } // namespace
 
 /**
- * While it lives, Qt knows the platform's owner: it keeps the owner of a name that a signal is
- * connected of, and otherwise asks the bus again for each client that is made. The signal is one
- * that the service manager's proxy needs anyway.
+ * Makes Qt cache the platform's owner. Qt caches the owner of a name only while a signal of that
+ * name is connected; otherwise each new client asks the bus again. The service manager's proxy
+ * needs this signal anyway.
  */
 class OwnerCache : public QObject
 {
@@ -89,7 +89,7 @@ bool OVIKInterfaceDbus::init()
     m_ovik = std::make_unique<ComWenuOVIKInterface>(ovikServiceName(), QStringLiteral("/"),
                                                     *m_connection, nullptr);
     if (!m_ovik->isValid() || !createProxies()) {
-        // There is no session bus fallback; the wording stays for those who look for it in logs.
+        // There is no session bus fallback; log readers look for this wording.
         qWarning("Cannot find dbus node in system bus. Fallback to use session bus");
         m_ovik.reset();
         return false;
@@ -101,7 +101,7 @@ bool OVIKInterfaceDbus::createProxies()
 {
     const QString owner = platformOwner(*m_connection);
     const PlatformIntrospection known(*m_connection, objectPaths());
-    // A platform that is frozen or still starting says nothing about what it has.
+    // A platform that hangs or is still starting does not report its objects.
     if (owner.isEmpty() || !known.hasAnswered(OvikProxyDbus::path()) ||
         platformOwner(*m_connection) != owner)
         return false;
@@ -120,7 +120,7 @@ bool OVIKInterfaceDbus::createProxies()
     return true;
 }
 
-/// Judges by what is known alone: the platform may lose its name just now, and come back.
+/// Uses only the answers in @p known: the platform may lose its name now and come back.
 template <class Proxy>
 void OVIKInterfaceDbus::create(std::unique_ptr<Proxy>& member, const char* warning,
                                const PlatformIntrospection& known)
@@ -137,8 +137,8 @@ void OVIKInterfaceDbus::create(std::unique_ptr<Proxy>& member, const char* warni
 bool OVIKInterfaceDbus::connectToBus()
 {
     if (!m_connection) {
-        // Qt itself only points at its connection to the system bus: freed after the disconnection
-        // below, it would be used again by the next systemBus(). So one reference is never dropped.
+        // Never drop one reference to the system bus: Qt keeps only a plain pointer to it. After
+        // the disconnection below, the next systemBus() would use freed memory.
         static const auto* const systemBus = new QDBusConnection(QDBusConnection::systemBus());
         m_connection = std::make_unique<QDBusConnection>(*systemBus);
         return m_connection->isConnected();
@@ -148,7 +148,7 @@ bool OVIKInterfaceDbus::connectToBus()
     logOVIK("dbus-debug retrying after name " + oldName.toUtf8());
     QDBusConnection::disconnectFromBus(oldName);
     m_connection.reset();
-    // Only a name never used before makes Qt open a new socket.
+    // Qt opens a new socket only for a name that was never used before.
     const QString newName =
         QStringLiteral("ovik_%1").arg(QDateTime::currentDateTime().toSecsSinceEpoch());
     m_connection = std::make_unique<QDBusConnection>(
@@ -160,7 +160,7 @@ void OVIKInterfaceDbus::findPlugins(const PlatformIntrospection& known)
 {
     for (int slot = 0; slot < pluginSlots; ++slot) {
         auto instance = std::make_unique<HWPluginInstanceProxyDbus>(*m_connection, slot, known);
-        // On purpose behind what an earlier init() found: places in the list stay what they are.
+        // Appended to the modules of an earlier init() on purpose, so that their places stay.
         if (instance->hasClient())
             m_HWPluginInstances.append(instance.release());
         else

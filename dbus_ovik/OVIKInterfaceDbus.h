@@ -37,22 +37,21 @@ class OVIKInterfaceDbus : public IOvikInterface
 {
     Q_OBJECT
 public:
-    /// Makes no connection.
+    /// Does not connect.
     OVIKInterfaceDbus();
     ~OVIKInterfaceDbus() override;
 
     /**
      * Connects to the bus, asks all objects at once whether they are present, and creates the
-     * proxies. Takes 5 s at most, unless the bus itself does not answer.
+     * proxies. Takes at most 5 s, unless the bus itself does not answer.
      *
-     * False when the bus cannot be reached or has no such service, and when the service does not
-     * answer for its base object or changes its owner meanwhile. The next call then opens a
-     * connection of its own, because the shared one, once failed, stays failed for the life of the
-     * process.
+     * Also replaces the proxies of an earlier call that found facilities missing, unless this call
+     * fails. A replaced proxy lives until the event loop's next turn, as the caller may still use
+     * its pointer.
      *
-     * Also replaces the proxies of an earlier call that found facilities missing. A replaced proxy
-     * lives until the event loop's next turn, as the caller may still use its pointer. A failing
-     * call replaces none.
+     * @return false when the bus cannot be reached, or the service is missing, does not answer for
+     *         its base object, or changes its owner meanwhile. The next call then opens its own
+     *         connection: the shared one stays failed for the life of the process.
      */
     bool init() override;
     bool shutdown() override;

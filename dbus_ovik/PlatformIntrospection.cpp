@@ -8,12 +8,12 @@ namespace
 {
 constexpr int deadlineMs = 5000;
 
-// Beyond any real object's. Reading a tag takes time by the square of its length.
+// More than any real object needs. The time to read a tag grows with the square of its length.
 constexpr int maxDocumentBytes = 64 * 1024;
 constexpr int maxTagBytes = 8 * 1024;
 
-/// A tag has no '<' inside, but may have '>' in a quoted value, so it ends with the last one before
-/// the next tag. A comment, or a text with '>', counts as part of the tag that it begins or
+/// A tag contains no '<', but may contain '>' in a quoted value, so the tag ends with the last '>'
+/// before the next tag. A comment, or a text with '>', counts as part of the tag that it begins or
 /// follows.
 bool hasLongTag(const QByteArray& document)
 {
@@ -38,7 +38,7 @@ bool isWithout(const QString& interface, const QString& document)
     while (!xml.atEnd()) {
         switch (xml.readNext()) {
         case QXmlStreamReader::DTD:
-            // Declarations of the document's own could give its tags any length.
+            // The document's own declarations could give its tags any length.
             if (xml.text().contains('['))
                 return false;
             break;
@@ -77,7 +77,7 @@ PlatformIntrospection::PlatformIntrospection(const QDBusConnection& connection,
 
 bool PlatformIntrospection::hasAnswered(const QString& path) const
 {
-    // Qt's own errors, such as that of the deadline, have no sender. A full queue is the bus's.
+    // Qt's own errors, such as a time-out, have no sender. The bus itself reports a full queue.
     const QDBusMessage answer = m_answers.value(path);
     return !answer.service().isEmpty() && QDBusError(answer).type() != QDBusError::LimitsExceeded;
 }

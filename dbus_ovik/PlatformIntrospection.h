@@ -10,7 +10,7 @@
 inline QString ovikServiceName() { return QStringLiteral("com.wenu.OVIK"); }
 
 /**
- * What the platform's objects answer to Introspect: whether they are present.
+ * The answers of the platform's objects to Introspect: whether the objects are present.
  *
  * QDBusAbstractInterface::isValid() is true for any path and interface of a name that has an owner,
  * so the objects themselves are asked.
@@ -18,10 +18,10 @@ inline QString ovikServiceName() { return QStringLiteral("com.wenu.OVIK"); }
 class PlatformIntrospection
 {
 public:
-    /// Asks no object; each is asked by itself when a client is made for it.
+    /// Asks no object yet; isPresent() then asks the object of each new client.
     PlatformIntrospection() = default;
 
-    /// Asks all objects at once and waits for their answers, 5 s at most.
+    /// Asks all objects at once and waits for their answers, at most 5 s.
     PlatformIntrospection(const QDBusConnection& connection, const QStringList& paths);
 
     bool hasAsked(const QString& path) const { return m_answers.contains(path); }
@@ -31,7 +31,7 @@ public:
 
     /**
      * True when the object does not exist, or lists its interfaces without @p interface. Any other
-     * answer, or none, is no evidence: an object that works need not be introspectable.
+     * answer, or none, is no evidence: a working object need not support introspection.
      */
     bool isDenied(const QString& path, const QString& interface) const;
 
@@ -42,7 +42,7 @@ private:
 /**
  * True when the client's service does not deny having its object and interface.
  *
- * @param known what the platform has answered already. A service whose object is not in there must
- *              have an owner, and is asked now.
+ * @param known the answers so far. When the client's object is not among them, the service must
+ *              have an owner and is asked now.
  */
 bool isPresent(const QDBusAbstractInterface& client, const PlatformIntrospection& known = {});

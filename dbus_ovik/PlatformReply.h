@@ -12,19 +12,19 @@
 /**
  * True for a finished reply whose arguments are not of the expected type.
  *
- * Qt D-Bus puts an error of its own in place of such a reply. What tells it apart from an error of
- * the same name that the platform sent is that it has no sender.
+ * Qt D-Bus replaces such a reply by its own error. Unlike an error of the same name from the
+ * platform, Qt's error has no sender.
  */
 bool isTypeMismatch(const QDBusPendingCall& finished);
 
-/// Says on standard error, once per connection, that the bus is lost and what to do.
+/// Reports on standard error, once per connection, that the bus is lost and what to do.
 void warnIfBusLost(const QDBusConnection& connection);
 
 /**
- * Waits for @p reply and takes its first argument into @p value. A reply of an unexpected type
+ * Waits for @p reply and copies its first argument to @p value. A reply of an unexpected type
  * gives the default value.
  *
- * @return false, with @p value untouched and a line on standard output, for an error reply or none.
+ * @return false for an error reply or none, with @p value unchanged and a line on standard output
  */
 template <class T>
 bool getReplyValue(QDBusPendingReply<T>& reply, T& value)
@@ -42,7 +42,7 @@ bool getReplyValue(QDBusPendingReply<T>& reply, T& value)
     return true;
 }
 
-/// One proxy operation: one call of the platform, its answer into @p resp.
+/// One proxy operation: calls the platform once and writes the answer to @p resp.
 template <class Client, class Base, class T, class... Params, class... Args>
 status_t ask(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Base::*method)(Params...),
              T& resp, const Args&... args)
@@ -57,8 +57,8 @@ status_t ask(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Base::
 }
 
 /**
- * One plug-in operation: the platform's answer itself, or @p absent when there is no object to
- * call. A call that fails gives the default value; an error is not told apart.
+ * One plug-in operation. @return the platform's answer; @p absent when there is no object to call;
+ * the default value when the call fails, so errors cannot be detected.
  */
 template <class Client, class T, class... Params, class... Args>
 T askValue(const std::unique_ptr<Client>& client, QDBusPendingReply<T> (Client::*method)(Params...),

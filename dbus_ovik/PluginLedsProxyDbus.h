@@ -5,7 +5,7 @@
 
 #include "ComWenuOVIKPlatformLedsInterface.h"
 
-/// The LEDs of one plug-in module. -1 without an LED object; 0 when the call fails.
+/// The LEDs of one plug-in module. Returns -1 without an LED object, and 0 when the call fails.
 class PluginLedsProxyDbus : public PluginProxy<IPluginLeds, ComWenuOVIKPlatformLedsInterface>
 {
     Q_OBJECT

@@ -5,8 +5,8 @@
 
 #include "ComWenuOVIKPlatformSensorsInterface.h"
 
-/// The I/O points of one plug-in module. -1 or no bytes without an I/O object; 0 or no bytes when
-/// the call fails.
+/// The I/O points of one plug-in module. Returns -1 or no bytes without an I/O object, and 0 or no
+/// bytes when the call fails.
 class PluginSensorsProxyDbus
     : public PluginProxy<IPluginSensors, ComWenuOVIKPlatformSensorsInterface>
 {

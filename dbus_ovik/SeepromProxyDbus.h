@@ -28,7 +28,7 @@ public Q_SLOTS:
     }
 
 private:
-    /// As ask(), for a reply of two values; an error reply is not written to standard output.
+    /// Like ask(), for a reply of two values; an error reply is not printed to standard output.
     template <class... Params>
     status_t askTwo(QDBusPendingReply<int, QByteArray> (Client::*method)(Params...),
                     QByteArray& data, int& resp, Params... args)

@@ -8,7 +8,7 @@ ServiceManagerProxyDbus::ServiceManagerProxyDbus(QDBusConnection& connection,
         return;
     if (!connect(m_dbusObject.get(), SIGNAL(commandResult(QString, QString, QString)), this,
                  SLOT(onCommandResult(QString, QString, QString)))) {
-        // The text names another class on purpose: it is the one that log readers look for.
+        // The text names another class on purpose: log readers look for that name.
         qWarning("Error connecting to PlatformSensors::onError");
     }
 }
@@ -18,7 +18,7 @@ status_t ServiceManagerProxyDbus::command(const QString& service, const QString&
 {
     if (!m_dbusObject)
         return OVIK_NO_PLATFORM;
-    // Kept before the call, so that an outcome which overtakes the reply finds it.
+    // Stored before the call: the result may arrive before the reply.
     fnWifiInterfaceCallback = reinterpret_cast<decltype(fnWifiInterfaceCallback)>(fnCallback);
     return ask(m_dbusObject, &Client::command, resp, service, command, opts);
 }

@@ -62,7 +62,7 @@ public Q_SLOTS:
                          const QString& json) override;
 
 private:
-    /// Of the latest command, for the results of every command; not owned.
+    /// The callback of the latest command; receives the results of all commands. Not owned.
     void (*fnWifiInterfaceCallback)(const char* service, const char* command,
                                     const char* json) = nullptr;
 };
