@@ -6,17 +6,16 @@
 #include <functional>
 #include <utility>
 
-// What the local proxies have in common. The platform's objects are the library's own: they are
-// never deleted.
+// Common parts of the local proxies. The library owns the platform's objects; never delete them.
 
-/// The library's object of that name, or null. The library is trusted to hand out the right class.
+/// @return the library's object of that name, or null; the object's class is not checked
 template <class Platform>
 Platform* instance(OvikPluginFactory_getInstance_function factory, const char* name)
 {
     return static_cast<Platform*>(factory(name));
 }
 
-/// One proxy operation: one call of the platform object, its result into @p resp.
+/// One proxy operation: calls the platform object once and writes the result to @p resp.
 template <class Platform, class Operation, class Result, class... Args>
 status_t ask(Platform* platform, Operation operation, Result& resp, Args&&... args)
 {
@@ -26,7 +25,7 @@ status_t ask(Platform* platform, Operation operation, Result& resp, Args&&... ar
     return OVIK_OK;
 }
 
-/// An operation that this backend does not have.
+/// An operation that this backend does not support.
 template <class Platform, class Result>
 status_t unsupported(Platform* platform, Result& resp)
 {

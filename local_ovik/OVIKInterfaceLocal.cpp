@@ -15,7 +15,7 @@
 
 namespace
 {
-/// Puts a new proxy into @p member, or null with @p warning if the library lacks its object.
+/// Sets @p member to a new proxy, or to null with @p warning when the library lacks its object.
 template <class Proxy>
 void create(std::unique_ptr<Proxy>& member, const char* warning,
             OvikPluginFactory_getInstance_function factory)
@@ -46,7 +46,7 @@ bool OVIKInterfaceLocal::init()
     create(m_buzzer, "m_buzzer not valid\n", factory);
     create(m_backlight, "m_backlight not valid\n", factory);
     create(m_systemInfo, "m_systemInfo not valid\n", factory);
-    // The EEPROM's text names the system information on purpose: log readers know it by that.
+    // The EEPROM's warning names the system information on purpose: log readers expect that text.
     create(m_seeprom, "m_systemInfo not valid\n", factory);
     create(m_ovik, "m_ovikProxy not valid\n", factory);
     create(m_mainOs, "m_mainOs not valid\n", factory);

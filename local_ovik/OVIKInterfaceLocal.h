@@ -35,12 +35,12 @@ public:
     ~OVIKInterfaceLocal() override;
 
     /**
-     * Loads the library, found on the dynamic linker's search path, and creates the proxies. False
-     * when there is no such library or it has no factory.
+     * Loads the library from the dynamic linker's search path and creates the proxies.
+     * Also replaces the proxies of an earlier call that found facilities missing, unless this call
+     * fails. A replaced proxy lives until the event loop's next turn, as the caller may still use
+     * its pointer.
      *
-     * Also replaces the proxies of an earlier call that found facilities missing. A replaced proxy
-     * lives until the event loop's next turn, as the caller may still use its pointer. A failing
-     * call replaces none.
+     * @return false when there is no such library or it has no factory
      */
     bool init() override;
     /// The library stays loaded for the life of the process.
@@ -51,7 +51,7 @@ public Q_SLOTS:
     ISystemInfoProxy* systemInfoProxy() override;
     IBuzzerProxy* buzzerProxy() override;
     IBacklightProxy* backlightProxy() override;
-    // Not virtual on purpose: the virtual table goes from backlightProxy() to ovikProxy().
+    // Not virtual on purpose: in the virtual table, ovikProxy() follows backlightProxy().
     ISeepromProxy* seepromProxy();
     virtual IOvikProxy* ovikProxy();
     virtual IMainOsProxy* mainOsProxy();
@@ -60,7 +60,7 @@ public Q_SLOTS:
     virtual INetworkManagerProxy* networkManagerProxy();
 
 private:
-    /// Loads the library. Null, and said so, when there is none or it has no factory.
+    /// Loads the library. @return null, after a message, when it is missing or has no factory
     OvikPluginFactory_getInstance_function loadFactory();
 
     void* m_soHandle = nullptr; // never closed: the library's objects live as long as the process

@@ -28,8 +28,8 @@ public Q_SLOTS:
     {
         return ask(m_Ovik, &IOVIK::getSystemParameter, value, key);
     }
-    // The three operations on whole sets are not supported by this backend, on purpose and although
-    // the library has them.
+    // This backend does not support the three operations on whole sets, on purpose, although the
+    // library has them.
     status_t getAllVolatileParametersJson(QString& value) override
     {
         return unsupported(m_Ovik, value);

@@ -17,11 +17,11 @@ public:
 public Q_SLOTS:
     status_t getStorageInfo(const QString& name, ovikStorageInfo& info) override
     {
-        // By way of a C string, so that the name ends at its first NUL.
+        // Converted to a C string, so that the name ends at its first NUL.
         const QString cName = QString::fromUtf8(name.toStdString().c_str());
         return ask(m_StorageManager, &IStorageManager::getStorageInfo, info, cName);
     }
-    /// Whatever the name, the platform is asked for the data partition.
+    /// Always asks for the data partition, for any @p name.
     status_t getStorageInfoJson(const QString& name, QString& info) override
     {
         Q_UNUSED(name)

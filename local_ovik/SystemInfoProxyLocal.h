@@ -18,14 +18,14 @@ public:
     bool isValid() const override { return m_systemInfo != nullptr; }
 
 Q_SIGNALS:
-    /// Nothing in this program emits it; it is there for callers that want the direct way.
+    /// Never emitted by this program; callers may emit it to ask the object directly.
     systemInfo _getSystemInfo();
 
 public Q_SLOTS:
     /**
-     * The library serves this one object in a thread of its own, so it is asked there. An object
-     * that lives in the calling thread, or in one that does not run, is not asked, as that would
-     * wait for ever: OVIK_OK with @p resp unchanged.
+     * The library's object lives in its own thread, so it is called there. When the object lives
+     * in the calling thread, or in a thread that does not run, the call would block for ever: the
+     * result is then OVIK_OK with @p resp unchanged.
      */
     status_t getSystemInfo(systemInfo& resp) override
     {
