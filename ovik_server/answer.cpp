@@ -32,11 +32,11 @@ void write(Response& resp, const answer::SystemInfo& info)
              info.manufactureCode);
 }
 
-/// By hand: formatting thousands of bytes one by one would take longer than reading them.
+/// Formatted by hand: snprintf() for each of thousands of bytes would take longer than the read.
 void write(Response& resp, const answer::Bytes& bytes)
 {
     static const char digits[] = "0123456789ABCDEF";
-    // A byte takes three characters; what does not fit whole is left out.
+    // A byte takes three characters; bytes that do not fit completely are left out.
     constexpr size_t byteLength = 3;
     auto length = static_cast<size_t>(snprintf(resp, sizeof resp, "%d", OVIK_OK));
     for (int i = 0; i < bytes.count && length + byteLength < sizeof resp; ++i) {

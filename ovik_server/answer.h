@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <memory>
 
-/// The value of an answer, one type for each shape of the table.
+/// The values of answers, one type for each shape of the table.
 namespace answer
 {
 struct Status {
@@ -51,12 +51,12 @@ struct Outcome {
 };
 } // namespace answer
 
-/// The text of a response with its NUL. What does not fit is cut.
+/// The text of a response with its NUL. Longer texts are cut.
 using Response = char[10000];
 
 void writeFailure(Response& resp, status_t status);
 
-// Success and its value.
+// The response to a success.
 void write(Response& resp, const answer::Status& status);
 void write(Response& resp, const answer::Unsigned& number);
 void write(Response& resp, const answer::Signed& number);

@@ -2,8 +2,8 @@
 
 #include "wrapper_ovik/ovik_c.h"
 
-/// How the call of a command ended, and how a failure reads in the log: as its number, unless the
-/// service's own failure has a text.
+/// The status of a command's call. The log shows a failure's text instead of its number, if any;
+/// only failures of the service itself have one.
 struct CallStatus {
     CallStatus(status_t s, const char* text = nullptr) : status(s), logText(text) {}
 

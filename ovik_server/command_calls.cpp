@@ -12,15 +12,15 @@ using namespace answer;
 char str[10000];
 constexpr int moduleNameSize = 5;
 
-/// The longest EEPROM read that is tried; far more than an answer can hold.
+/// The longest EEPROM read that is accepted; far more than fits into an answer.
 constexpr int maxReadLength = 65535;
 
 /// The mode in which a plug-in point may be set.
 constexpr int settableMode = 2;
 
-// --- call(), for each form of C function: which arguments it takes, where its answer goes ---
+// --- call(), for each form of C function: passes its arguments and stores its answer ---
 
-/// A command that calls nothing.
+/// A command without a C function.
 status_t call(std::nullptr_t, const Fields&, Status&) { return OVIK_OK; }
 
 status_t call(status_t (*f)(int*), const Fields&, Number& out) { return f(&out.value); }
@@ -50,7 +50,7 @@ status_t call(status_t (*f)(const char*, const char*, int*), const Fields& in, S
 
 status_t call(status_t (*f)(uint64_t*), const Fields&, Size& out) { return f(&out.value); }
 
-// The C API leaves a text that fills its buffer without a NUL, so it is ended here.
+// The C API does not terminate a text that fills its buffer, so terminate it here.
 
 status_t call(status_t (*f)(char*, int), const Fields&, Text& out)
 {
@@ -72,7 +72,7 @@ status_t call(status_t (*f)(char*, int, unsigned char*, unsigned short*), const 
               SystemInfo& out)
 {
     const status_t status = f(str, moduleNameSize, &out.hwCode, &out.manufactureCode);
-    str[moduleNameSize] = 0; // all of its five bytes may be the name's
+    str[moduleNameSize] = 0; // the name may fill all five bytes
     out.moduleName = str;
     return status;
 }
@@ -101,7 +101,7 @@ status_t call(status_t (*f)(unsigned int, unsigned int, int, int, int*), const F
     return f(in.unsignedNumber(1), in.unsignedNumber(2), in.number(3), in.number(4), &out.value);
 }
 
-// An I/O point's value travels to and from the C API as one digit.
+// The C API represents an I/O point's value as one digit.
 
 status_t call(status_t (*f)(unsigned int, unsigned int, unsigned char*, unsigned int),
               const Fields& in, Signed& out)
@@ -121,12 +121,12 @@ status_t call(status_t (*f)(unsigned int, unsigned int, unsigned char*, unsigned
 
 // EEPROMs.
 
-/// False for a length that is not tried, or without memory for it.
+/// False when @p length is not accepted, or when there is no memory.
 bool allocate(Bytes& out, int length)
 {
     if (length < 0 || length > maxReadLength)
         return false;
-    // One byte at least, as malloc may answer null to a length of 0.
+    // At least one byte, as malloc(0) may return null.
     out.value.reset(static_cast<unsigned char*>(malloc(static_cast<size_t>(std::max(length, 1)))));
     out.count = length;
     return out.value != nullptr;
@@ -145,14 +145,14 @@ status_t call(status_t (*f)(int, int, int, unsigned char*), const Fields& in, By
                                  : OVIK_NO_APPLICATION;
 }
 
-/// The one function with a callback, whose outcome may be waited for.
+/// The only function with a callback; the call may wait for its result.
 CallStatus call(status_t (*)(const char*, const char*, const char*, void*, int*), const Fields& in,
                 Outcome& out)
 {
     return serviceCommand(in, out);
 }
 
-// --- What a command runs: the C function of its name; three have none ---
+// --- A command runs the C function of its name; three have no function of that name ---
 
 constexpr std::nullptr_t ovik_quit = nullptr;
 constexpr auto ovik_getBacklightCounter = ovik_getBackLightCounter;
@@ -179,7 +179,7 @@ CallStatus run(Function function, const Command& command, const Fields& in, Resp
     return result;
 }
 
-/// OVIK_OK when a write to the point that @p in names may be made.
+/// @return OVIK_OK when the point of @p in may be written, OVIK_WRONG_MODE, or the query's failure
 status_t checkMode(ModeQuery query, const Fields& in)
 {
     if (query == ModeQuery::None)
@@ -200,7 +200,7 @@ CallStatus runCommand(const Command& command, const Fields& in, Response& resp)
     if (status != OVIK_OK)
         return status;
     switch (command.id) {
-// Compiles only if the function of the row's name brings an answer of the row's shape.
+// Compiles only if the function of the row's name has an answer of the row's shape.
 #define COMMAND(word, effect, shape, ...)                                                          \
     case CommandId::word:                                                                          \
         return run<shape>(ovik_##word, command, in, resp);
@@ -209,6 +209,6 @@ CallStatus runCommand(const Command& command, const Fields& in, Response& resp)
     return OVIK_NOT_RUN;
 }
 
-// The table's numbers are those of the C API.
+// The table's numbers must equal those of the C API.
 #define STATUS(name, number, meaning) static_assert((name) == (number));
 #include "protocol/statuses.def"

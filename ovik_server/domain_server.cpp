@@ -42,16 +42,16 @@ bool setNonBlocking(int sock)
     return true;
 }
 
-/// Asked before accept(), which sets up a socket before it sees that nobody waits, at every look of
-/// an idle service.
+/// accept() allocates a socket before it notices an empty queue, so poll first: an idle server
+/// would pay that 100 times a second.
 bool isSomebodyWaiting(int listenSock)
 {
     pollfd listener = {listenSock, POLLIN, 0};
     return poll(&listener, 1, 0) > 0;
 }
 
-/// True when @p descriptor, the newest one, leaves fewer than 16 to open: each attempt to reach the
-/// platform needs some, also while a client is connected.
+/// True when fewer than 16 descriptors remain above @p descriptor, the newest one. Each attempt to
+/// connect to the platform needs some, even while a client is connected.
 bool areFewLeftAbove(int descriptor)
 {
     constexpr rlim_t few = 16;
@@ -60,19 +60,19 @@ bool areFewLeftAbove(int descriptor)
            static_cast<rlim_t>(descriptor) + few >= limit.rlim_cur;
 }
 
-/// Refuses further messages and frees the unread ones with the descriptors they carry, which could
-/// be files in memory of any size. shutdown() alone frees nothing.
+/// Refuses further messages, and frees unread ones with the descriptors in them, which could be
+/// memory files of any size. shutdown() alone frees nothing.
 void discardUnread(int sock)
 {
     shutdown(sock, SHUT_RD);
 
-    // An empty message and the end of the queue both receive 0 bytes. When a socket wants its
-    // sender's credentials and a receive has no room for them, only a message sets MSG_CTRUNC.
+    // An empty message and the end of the queue both receive 0 bytes. With SO_PASSCRED and no
+    // buffer for credentials, only a message sets MSG_CTRUNC.
     const int on = 1;
     setsockopt(sock, SOL_SOCKET, SO_PASSCRED, &on, sizeof on);
 
-    // A sender's buffer has room for 278 messages by default, for 10,923 with a net.core.wmem_max
-    // of 4 MiB. Only a privileged sender gets beyond that setting.
+    // A send buffer queues at most 278 messages by default, and 10,923 with a net.core.wmem_max of
+    // 4 MiB. Only a privileged sender can exceed that setting.
     constexpr int most = 65536;
     for (int i = 0; i < most; ++i) {
         msghdr message = {};
@@ -158,8 +158,8 @@ bool DomainServer::process()
         forget();
         return false;
     }
-    // The guard ends the buffer, not the message: a request without its NUL runs on into what an
-    // earlier, longer one left behind, and stops here at the latest.
+    // This NUL ends the buffer, not the message: a request without its NUL continues with the rest
+    // of an earlier, longer request, at most up to here.
     m_buffer[sizeof m_buffer - 1] = 0;
     handleReq(m_buffer, static_cast<int>(received));
     return true;
@@ -167,7 +167,7 @@ bool DomainServer::process()
 
 bool DomainServer::handleReq(const char* req, int)
 {
-    // Unsigned, as a sum that leaves the range of int goes round.
+    // Unsigned, so that an overflow wraps around.
     m_result = static_cast<int>(static_cast<unsigned int>(m_result) +
                                 static_cast<unsigned int>(strtol(req, nullptr, 10)));
     char answer[32];

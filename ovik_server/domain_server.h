@@ -6,10 +6,10 @@
 /**
  * A small single-client server on a Unix-domain SOCK_SEQPACKET socket, driven by polling.
  *
- * process() does not wait for a client or a request, so the caller's loop decides how often to
- * look. What waits is the write of an answer to a client that does not read. One client is served
- * at a time; others wait in the listen queue until it has gone. One message received is one
- * request, one sendResp() is one message sent. All calls belong to the thread of the poll loop.
+ * process() does not wait for a client or a request: the caller's loop sets the polling interval.
+ * Only the write of an answer blocks, while the client does not read. One client is served at a
+ * time; others wait in the listen queue until that client has ended. Each message received is one
+ * request, and each sendResp() sends one message. Make all calls on the thread of the poll loop.
  */
 class DomainServer
 {
@@ -23,11 +23,11 @@ public:
     DomainServer& operator=(const DomainServer&) = delete;
 
     /**
-     * Binds and listens on @p name. The address holds 107 bytes of it; a longer name is cut there,
-     * while the file removed at the end is the one of the full name. An existing socket file makes
-     * the start fail: removing it is the caller's decision.
+     * Binds to @p name and listens. The address has 107 bytes of the name, but the destructor
+     * removes the file of the full name. An existing socket file makes the start fail: only the
+     * caller may decide to remove the file.
      *
-     * @return true when listening; otherwise the failed step has been reported with perror.
+     * @return true when listening; otherwise the failed step was reported with perror
      */
     bool start(const char* name);
 
@@ -35,22 +35,21 @@ public:
      * One poll step: accepts a client if there is none, then receives at most one message.
      *
      * A client has ended when it has closed its socket, shut down its sending half, or sent an
-     * empty message. What it has sent and was not received is discarded at once, and sending on
-     * fails with EPIPE: nothing of it would ever be received, yet it would occupy memory. The
-     * client's descriptor stays open, so that the client sees no end of its answers, until 16 later
-     * clients have ended or descriptors are short.
+     * empty message. Its unread messages are discarded at once, as they would only occupy memory,
+     * and its further sends fail with EPIPE. Its descriptor stays open, so that the client sees no
+     * end of its answers, until 16 later clients have ended or few descriptors are left.
      *
-     * @return true exactly when a request was received and handed to handleReq().
+     * @return true exactly when a request was received and passed to handleReq()
      */
     bool process();
 
     /**
-     * Answers one request. @p req points to the receive buffer and @p len is the number of bytes
-     * received; the text is only as terminated as its sender made it, with a guard byte at the end
-     * of the buffer. The result is not looked at.
+     * Answers one request; the result is ignored. This class's own handler is a demonstration: it
+     * adds up the numbers that it receives and answers "sum = %d".
      *
-     * This class's own handler is a demonstration: it adds up the numbers it is sent and answers
-     * "sum = %d".
+     * @param req points to the receive buffer. The text is terminated only if the sender sent a
+     *            NUL; otherwise it ends at the NUL at the end of the buffer at the latest.
+     * @param len number of bytes received
      */
     virtual bool handleReq(const char* req, int len);
 
@@ -59,9 +58,9 @@ public:
 
 private:
     bool accept();
-    /// Takes leave of a client that has ended; see process().
+    /// Handles a client that has ended, see process().
     void forget();
-    /// The last resort when descriptors are short.
+    /// The last resort when few descriptors are left.
     void closeForgotten();
 
     int m_listenSock = -1;
@@ -70,6 +69,6 @@ private:
     std::string m_sockName;
     /// Descriptors of clients that have ended, the oldest first.
     std::vector<int> m_forgotten;
-    /// Cleared, so that even a first request without its NUL reads defined bytes.
+    /// Initialised, so that even a first request without its NUL reads defined bytes.
     char m_buffer[5000] = {};
 };

@@ -13,7 +13,7 @@ public:
     int count() const { return m_fields.size(); }
     QByteArray word() const { return text(0); }
 
-    /// What is not a number, or does not fit into an int, reads as 0.
+    /// Returns 0 when the field is not a number or does not fit into an int.
     int number(int field) const { return m_fields.at(field).toInt(); }
     unsigned int unsignedNumber(int field) const
     {

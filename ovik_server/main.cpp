@@ -14,7 +14,7 @@ constexpr const char* socketPath = "/tmp/ovik_server.socket";
 constexpr useconds_t idleSleepMicroseconds = 10000;
 constexpr unsigned int idleSleepsPerSecond = 1000000 / idleSleepMicroseconds;
 
-/// A run that was killed leaves its socket file behind: it is removed, once.
+/// A killed run leaves its socket file, so the file is removed once.
 bool start(OvikServer& server)
 {
     if (server.start(socketPath))
@@ -24,10 +24,9 @@ bool start(OvikServer& server)
     return server.start(socketPath);
 }
 
-/// Any user of the bus may send the service 32 MB, for which it allocates 270 MB in up to millions
-/// of blocks. glibc returns only the free end of its heap by itself: one small block there, which
-/// the thread's cache of freed blocks may be holding, keeps 200 MB. No mallopt() setting prevents
-/// that.
+/// Any user of the bus can send the service 32 MB, which makes it allocate 270 MB in up to millions
+/// of blocks. By itself, glibc returns only the free end of its heap: one small block at the end,
+/// even a free one in the thread's cache, keeps 200 MB. No mallopt() setting prevents this.
 void returnFreedMemory()
 {
 #ifdef __GLIBC__
@@ -41,15 +40,15 @@ int main()
 #ifdef __GLIBC__
     mallopt(M_ARENA_MAX, 1); // malloc_trim() does not shrink the heaps of other threads
 #endif
-    setvbuf(stdout, nullptr, _IOLBF, 0); // a failure's line is out before its response
-    signal(SIGPIPE, SIG_IGN);            // writing to whoever has gone fails, and no more
+    setvbuf(stdout, nullptr, _IOLBF, 0); // a failure's line is written before its response
+    signal(SIGPIPE, SIG_IGN);            // a write to a closed client only fails
 
     OvikServer server;
     if (!start(server)) {
         puts("ovik_server start failed");
         return EXIT_FAILURE;
     }
-    // A bridge that failed to start leaves every call with a status of its own, so this serves on.
+    // The result is ignored: if the bridge fails to start, every call returns an error status.
     ovik_init(OVIK_MODE_NONE_THEN_DBUS);
 
     for (unsigned int idleSleeps = 0; !server.isQuit();) {

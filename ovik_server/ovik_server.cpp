@@ -7,7 +7,7 @@
 
 namespace
 {
-/// The response to the request being answered.
+/// The response to the current request.
 Response resp;
 
 void logFailure(const char* name, const CallStatus& failure)
@@ -18,7 +18,7 @@ void logFailure(const char* name, const CallStatus& failure)
         printf("OVIK_SERVER: %s error %d\n", name, failure.status);
 }
 
-/// Writes the response. True when the service is to end.
+/// Writes the response. @return true when the service must end
 bool respond(const Fields& fields)
 {
     const Command* const command = findCommand(fields.word().constData());
@@ -35,7 +35,7 @@ bool respond(const Fields& fields)
 }
 } // namespace
 
-/// Diagnostics of the application and the backends are not printed by this program.
+/// This program discards the diagnostics of the application and the backends.
 void logOVIKErrors(char*) {}
 
 bool OvikServer::handleReq(const char* req, int)

@@ -9,7 +9,7 @@ public:
     /// True once a client has sent "quit".
     bool isQuit() const { return m_quit; }
 
-    /// Answers with one response; the text of @p req up to its NUL counts, not @p len.
+    /// Answers with one response. The request ends at the NUL of @p req; @p len is ignored.
     bool handleReq(const char* req, int len) override;
 
 private:

@@ -8,8 +8,8 @@ namespace
 constexpr int maxSleeps = 120;
 constexpr useconds_t sleepMicroseconds = 500000;
 
-// Two threads meet here: the callback writes the texts and then clears the flag, the request reads
-// the texts only after it has seen the flag cleared.
+// Shared by two threads: the callback writes the texts and then clears the flag; the request reads
+// the texts only after the flag is cleared.
 std::atomic<bool> g_commandResultPending{false};
 QString g_resultService;
 QString g_resultCmd;
@@ -29,8 +29,8 @@ void onCommandResult(const char* service, const char* cmd, const char* json)
 CallStatus serviceCommand(const Fields& in, answer::Outcome& out)
 {
     const bool isScan = in.text(1) == "wifi" && in.text(2) == "scan";
-    // Before the call, so that an outcome which comes at once is not missed. A failed call or a
-    // time-out leaves it set on purpose: the next command of any kind then waits for that outcome.
+    // Set before the call, so that an immediate result is not missed. A failed call or a time-out
+    // leaves the flag set on purpose: the next command of any kind then waits for that result.
     if (isScan)
         g_commandResultPending.store(true, std::memory_order_release);
 
@@ -44,7 +44,7 @@ CallStatus serviceCommand(const Fields& in, answer::Outcome& out)
         usleep(sleepMicroseconds);
         if (++sleeps == maxSleeps)
             return {OVIK_TIMEOUT,
-                    "timeout"}; // on purpose, even if the outcome came during the last sleep
+                    "timeout"}; // on purpose, even if the result came during the last sleep
     }
     if (isScan)
         out.details = QString(";%1;%2;%3").arg(g_resultService, g_resultCmd, g_resultJson).toUtf8();

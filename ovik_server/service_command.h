@@ -4,12 +4,12 @@
 #include "ovik_server/call_status.h"
 #include "ovik_server/fields.h"
 
-/// "serviceCommand": a Wi-Fi scan waits for its outcome, any other command only for an earlier
-/// scan.
+/// "serviceCommand": a Wi-Fi scan waits for its result, any other command only for the result of
+/// an earlier scan.
 CallStatus serviceCommand(const Fields& in, answer::Outcome& out);
 
 /**
- * Receives the outcome of a service command, on the application thread. It is stored only while a
- * request waits for one; a null text counts as empty.
+ * Receives the result of a service command, on the application thread. The result is stored only
+ * while a request waits for one; a null text counts as empty.
  */
 extern "C" void onCommandResult(const char* service, const char* cmd, const char* json);
