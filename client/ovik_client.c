@@ -43,7 +43,7 @@ static deadline deadline_in(int timeout)
     return result;
 }
 
-/* In ms, as poll() takes it: -1 for ever, 0 when it is over. */
+/* The timeout for poll(), in ms: -1 without limit, 0 when the deadline has passed. */
 static int remaining(const deadline* until)
 {
     if (until->never)
@@ -66,7 +66,7 @@ static void disconnect(ovik_client* client)
 static ovik_client_error error_of_connecting(void)
 {
     switch (errno) {
-    case EAGAIN: /* the queue was full all the time */
+    case EAGAIN: /* the queue stayed full */
         return OVIK_CLIENT_TIMED_OUT;
     case EACCES:
     case EPERM:
@@ -81,8 +81,8 @@ static ovik_client_error error_of_connecting(void)
     }
 }
 
-/* How long connect() waits for room in the service's queue, of which poll() knows nothing. A bound
- * of 0 would be none, so that a socket which is to wait no more does not block. */
+/* Limits how long connect() waits while the service's queue is full; poll() cannot wait for that.
+ * A limit of 0 would mean no limit, so the socket becomes non-blocking instead. */
 static bool bound_connect(int sock, int ms)
 {
     if (ms == 0)
@@ -103,8 +103,8 @@ static ovik_client_error connect_by(const deadline* until, int sock,
     return error_of_connecting();
 }
 
-/* Room for thousands of requests, or as much of it as the system allows: a service that has taken
- * all there are sleeps before it looks again. */
+/* A buffer for thousands of requests, or as large as the system allows: a service whose queue is
+ * empty sleeps before it polls again. */
 static void ask_for_room(int sock)
 {
     const int room = 1 << 22;
@@ -114,7 +114,7 @@ static void ask_for_room(int sock)
 static ovik_client_error address_of(const char* path, struct sockaddr_un* address)
 {
     const size_t length = strlen(path);
-    errno = length == 0 ? ENOENT : ENAMETOOLONG; /* without a name, it would be another kind */
+    errno = length == 0 ? ENOENT : ENAMETOOLONG; /* an empty name would be another address type */
     if (length == 0)
         return OVIK_CLIENT_NO_SERVICE;
     if (length >= sizeof address->sun_path)
@@ -161,8 +161,8 @@ int ovik_internal_descriptor(const ovik_client* client) { return client->sock; }
 
 /* --- Numbers ---------------------------------------------------------------------------------- */
 
-/* Reads a number in the one way that printf() writes it. What follows it, or null when there is
- * none or it has more than 64 bits. */
+/* Reads a number in the form that printf() writes. Returns the rest of the text, or null when there
+ * is no number or it has more than 64 bits. */
 static const char* scan_number(const char* text, bool* negative, uint64_t* magnitude)
 {
     *negative = *text == '-';
@@ -181,7 +181,7 @@ static const char* scan_number(const char* text, bool* negative, uint64_t* magni
     return text;
 }
 
-/* As above, with a number from @p least, which is not positive, to @p most. */
+/* Like scan_number(), for a number from @p least, which is not positive, to @p most. */
 static const char* scan_in_range(const char* text, int64_t least, int64_t most, int64_t* value)
 {
     bool negative;
@@ -203,8 +203,7 @@ static const char* scan_int(const char* text, int* value)
 
 /* --- Requests --------------------------------------------------------------------------------- */
 
-/* A message must be a status, alone or with a blank and more behind it, and a NUL at its end only.
- */
+/* A message must be a status, alone or followed by a blank and a text, with one NUL, at the end. */
 static bool is_answer(const char* message, size_t size, ovik_client_answer* answer)
 {
     if (memchr(message, 0, size) != message + size - 1)
@@ -223,13 +222,13 @@ typedef struct batch {
     ovik_client_on_answer* on_answer;
     void* context;
     ovik_client_progress progress;
-    bool ended; /* the service has closed its end; answers may still be there */
-    bool reset; /* and it had not read all requests, as a receive has told */
+    bool ended; /* the service has closed the connection; answers may still be queued */
+    bool reset; /* recv() has reported that the service closed with requests unread */
 } batch;
 
 static bool is_for_later(void) { return errno == EAGAIN || errno == EINTR; }
 
-/* Until there is no more room. */
+/* Sends until the socket buffer is full. */
 static ovik_client_error send_on(const ovik_client* client, batch* job)
 {
     ovik_client_progress* const progress = &job->progress;
@@ -245,7 +244,7 @@ static ovik_client_error send_on(const ovik_client* client, batch* job)
     return OVIK_CLIENT_OK;
 }
 
-/* Until there is no more answer. */
+/* Receives until no answer is queued. */
 static ovik_client_error receive_on(ovik_client* client, batch* job)
 {
     ovik_client_progress* const progress = &job->progress;
@@ -255,7 +254,7 @@ static ovik_client_error receive_on(ovik_client* client, batch* job)
         if (got == -1 && is_for_later())
             return OVIK_CLIENT_OK;
         if (got == -1 && errno == ECONNRESET && !job->reset) {
-            job->ended = job->reset = true; /* told once, in front of the answers that are there */
+            job->ended = job->reset = true; /* reported once, before the queued answers */
             continue;
         }
         if (got == -1 && errno != ECONNRESET)
@@ -272,7 +271,7 @@ static ovik_client_error receive_on(ovik_client* client, batch* job)
     return job->ended && progress->answered < job->count ? OVIK_CLIENT_CLOSED : OVIK_CLIENT_OK;
 }
 
-/* Never waits with either direction alone: the service waits for room for its answers. */
+/* Waits for both directions at once: the service blocks while the buffer of its answers is full. */
 static ovik_client_error exchange(ovik_client* client, batch* job, const deadline* until)
 {
     for (;;) {
@@ -441,7 +440,7 @@ ovik_client_error ovik_client_system_information(const ovik_client_answer* answe
     return OVIK_CLIENT_OK;
 }
 
-/* What the character stands for, or -1. */
+/* The value of the hexadecimal digit, or -1. */
 static int hex_digit(char character)
 {
     static const char digits[] = "0123456789ABCDEF";
@@ -492,7 +491,7 @@ ovik_client_error ovik_client_service_outcome(const ovik_client_answer* answer,
     return OVIK_CLIENT_OK;
 }
 
-/* --- In words --------------------------------------------------------------------------------- */
+/* --- Texts ------------------------------------------------------------------------------------ */
 
 const char* ovik_client_error_text(ovik_client_error error)
 {

@@ -1,5 +1,5 @@
 /*
- * For ovikctl, which links the library statically. Not installed, not exported.
+ * For ovikctl, which links the library statically. Neither installed nor exported.
  */
 #ifndef OVIK_CLIENT_INTERNAL_H
 #define OVIK_CLIENT_INTERNAL_H

@@ -1,7 +1,7 @@
 /*
- * A control loop: every 100 ms it reads 20 values of the panel in one batch and sounds the buzzer
- * while the input at point 1 of slot 0 is on. When the service ends, it goes on without values and
- * connects again as soon as it can.
+ * A control loop: every 100 ms it reads 20 values of the panel in one batch. It sounds the buzzer
+ * while the input at point 1 of slot 0 is on. When the service ends, the loop continues without
+ * values and reconnects as soon as possible.
  *
  *     cc control_loop.c $(pkg-config --cflags --libs ovik_client) -o control_loop
  *     ./control_loop 50        # 50 cycles
@@ -18,7 +18,7 @@
 
 enum {
     CYCLE = 100,   /* ms */
-    DEADLINE = 80, /* ms of a cycle in which the panel must have answered */
+    DEADLINE = 80, /* ms from the start of a cycle; later answers are too late */
     VALUES = 20,
     INPUT = 1 /* the value that the buzzer follows */
 };
@@ -34,12 +34,12 @@ static const char* const reads[VALUES] = {
 
 typedef struct panel {
     ovik_client* client; /* null while there is no connection */
-    bool known[VALUES];  /* that the value was read in this cycle */
+    bool known[VALUES];  /* true when the value was read in this cycle */
     int values[VALUES];
-    int buzzer; /* as it was set last, or -1 */
+    int buzzer; /* the mode set last, or -1 */
 } panel;
 
-static int64_t now(void) /* in ms; 32 bits would be used up after 24 days */
+static int64_t now(void) /* in ms; 32 bits would overflow after 24 days */
 {
     struct timespec time;
     clock_gettime(CLOCK_MONOTONIC, &time);
@@ -84,7 +84,7 @@ static ovik_client_error cycle(panel* self, int64_t deadline)
     if (error == OVIK_CLIENT_OK && self->known[INPUT] && mode != self->buzzer)
         error = set_buzzer(self, mode, deadline);
     if (error != OVIK_CLIENT_OK) {
-        /* A new connection in the next cycle. What the buzzer does is not known any more. */
+        /* The next cycle reconnects. The buzzer's mode is unknown until then. */
         ovik_client_close(self->client);
         self->client = NULL;
         self->buzzer = -1;

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """A control loop with the standard library only.
 
-Every 100 ms it reads 20 values of the panel in one batch and sounds the buzzer while the input at
-point 1 of slot 0 is on. When the service ends, it goes on without values and connects again as soon
-as it can.
+Every 100 ms it reads 20 values of the panel in one batch. It sounds the buzzer while the input at
+point 1 of slot 0 is on. When the service ends, the loop continues without values and reconnects as
+soon as possible.
 
     python3 control_loop.py 50        # 50 cycles
 """
@@ -23,8 +23,8 @@ INPUT = 1  # the value that the buzzer follows
 
 
 class Panel:
-    """A connection to the service. After an error it is of no use: a late answer would be taken for
-    the next one's."""
+    """A connection to the service. Discard it after an error: a late answer would be taken for the
+    answer to the next request."""
 
     def __init__(self, deadline):
         self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET)
@@ -39,8 +39,8 @@ class Panel:
         self.socket.close()
 
     def batch(self, requests, deadline):
-        """Sends all requests and returns the answers, each a status and a text. So few find room in
-        the socket; thousands would have to be sent while answers are taken."""
+        """Sends all requests and returns the answers, each a status and a text. So few fit into the
+        socket's buffer; with thousands, receive answers while sending."""
         for request in requests:
             self._wait_until(deadline)
             self.socket.send(request.encode() + b"\0")
@@ -55,12 +55,12 @@ class Panel:
         return int(status), text
 
     def _wait_until(self, deadline):
-        # 0 would not wait for what is on its way.
+        # Never 0, which would not wait at all.
         self.socket.settimeout(max(deadline - time.monotonic(), 0.001))
 
 
 def cycle(panel, state, deadline):
-    """Reads the values and lets the buzzer follow the input; the values by their index."""
+    """Reads the values, lets the buzzer follow the input, and returns the values by index."""
     answers = panel.batch(READS, deadline)
     # A failure, such as no platform yet, leaves this one value out.
     values = {i: int(text) for i, (status, text) in enumerate(answers) if status == 0}

@@ -12,7 +12,7 @@ namespace
 {
 const char* const groupOfCommands = "Commands of the service";
 
-/// As a shell takes it.
+/// Quotes the text for a shell where necessary.
 std::string shellWord(const std::string& text)
 {
     return text.find_first_of("{\"") == std::string::npos ? text : "'" + text + "'";
@@ -26,8 +26,8 @@ std::string exampleOf(const Command& command)
     return example;
 }
 
-/// CLI11 takes "[a,b]" among several arguments for a list. A NUL behind it, which no argument of a
-/// program can have, keeps it whole until it is read as a C string.
+/// CLI11 splits "[a,b]" among several arguments as a list. An appended NUL, which no program
+/// argument can have, prevents that until the word is read as a C string.
 void keepWhole(std::string& word)
 {
     if (!word.empty() && word.back() == ']')
@@ -41,7 +41,7 @@ std::vector<std::string> withoutNul(const std::vector<std::string>& words)
         text.resize(strlen(text.c_str()));
     return texts;
 }
-/// The library's range takes "nan". Returns what is wrong.
+/// Used instead of the library's range check, which accepts "nan". Returns the error, or "".
 std::string isSeconds(const std::string& text)
 {
     double seconds = 0;
@@ -208,7 +208,7 @@ int CommandLine::run(std::vector<std::string> words)
         if (m_settings.quiet && !freopen("/dev/null", "w", stdout))
             return wrongUsage;
         return m_action();
-    } catch (const CLI::Success& asked) { // for help or the version
+    } catch (const CLI::Success& asked) { // help or the version was requested
         return m_app.exit(asked);
     } catch (const CLI::ParseError& error) {
         complain(std::string(error.what()) + "; " + advice());

@@ -7,18 +7,18 @@
 #include <string>
 #include <vector>
 
-/// The program's options and verbs. The commands of the table are verbs, too.
+/// The program's options and verbs. Each command of the table is also a verb.
 class CommandLine
 {
 public:
-    /// What is to be done when there is no verb.
+    /// Called when there is no verb.
     using WithoutVerb = int (*)(const Settings& settings);
 
     CommandLine(Settings defaults, WithoutVerb withoutVerb);
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
 
-    /// Runs it, tells of a failure, and returns what the program ends with.
+    /// Runs the command line and reports a failure. @return the program's exit code
     int run(std::vector<std::string> words);
 
     const CLI::App& program() const { return m_app; }
@@ -36,7 +36,7 @@ private:
     WithoutVerb m_withoutVerb;
     std::function<int()> m_action;
 
-    // What the verbs' own options and arguments are read into.
+    // The verbs' own options and arguments.
     std::vector<std::string> m_words;
     std::string m_word;
     double m_interval = 1;

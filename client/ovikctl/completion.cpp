@@ -8,7 +8,7 @@ namespace
 {
 using Verbs = std::vector<const CLI::App*>;
 
-/// Within single quotes of a shell.
+/// Quotes the text with single quotes of a shell.
 std::string shellQuoted(const std::string& text)
 {
     std::string result = "'";
@@ -41,7 +41,7 @@ std::string hintOf(const CLI::Option& argument)
     return argument.get_name(true) + ": " + argument.get_description();
 }
 
-/// What completes an argument that is no command's: bash's and zsh's way of it.
+/// The code that completes an argument of a verb that is not a command, for bash and for zsh.
 struct Completer {
     std::string bash;
     std::string zsh;
@@ -121,7 +121,7 @@ void printBash(const CLI::App& program, const Verbs& verbs)
 
 // --- zsh -----------------------------------------------------------------------------------------
 
-/// As zsh's _arguments takes it, where ":" separates and brackets hold the meaning.
+/// Escapes the text for zsh's _arguments, where ":" separates and brackets enclose the meaning.
 std::string escaped(const std::string& text)
 {
     std::string result;

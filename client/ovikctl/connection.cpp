@@ -9,7 +9,7 @@
 
 namespace
 {
-/// Who called listen(). The kernel does not name a process that this one cannot see.
+/// The process that called listen(), unless trusted. The kernel reports pid 0 if it is not visible.
 std::string strangerAt(const ovik_client* client, const Settings& settings)
 {
     ucred peer = {};
@@ -24,7 +24,7 @@ std::string strangerAt(const ovik_client* client, const Settings& settings)
 
 void warnOf(const std::string& stranger, const std::string& path)
 {
-    static std::string last; // watch and wait connect again and again
+    static std::string last; // watch and wait reconnect repeatedly, but warn once
     if (stranger != last)
         complain("warning: " + stranger + ", neither root nor you, listens at " + path +
                  ": it reads what you send, and its answers may be false; end it and restart the "

@@ -9,25 +9,25 @@
 /// "alice (1001)"
 std::string nameOfUser(uid_t user);
 
-/// True for who may listen without a warning: root, this user, and the one of --service-user.
+/// True when @p user may listen without a warning: root, this user, and that of --service-user.
 bool isTrusted(uid_t user, const Settings& settings);
 
-/// A connection to the service for as long as it is needed: others wait meanwhile.
+/// A connection to the service. Keep it only as long as needed: other clients wait meanwhile.
 class Connection
 {
 public:
     /// Throws a Failure. Warns, once for each such process, when a user who is not trusted listens,
-    /// unless the caller reports it.
+    /// unless the caller reports that itself.
     Connection(const Settings& settings, const Deadline& deadline, bool isReported = false);
 
     /// "process 123 of user alice (1001)" when that user is not trusted, else empty.
     const std::string& stranger() const { return m_stranger; }
 
-    /// Throws a Failure for a request that may have a secret, when a stranger listens.
+    /// Throws a Failure when the request may contain a secret and an untrusted user listens.
     void requireMaySend(const Request& request) const;
 
-    /// The answer holds until the next request. Throws a Failure, after which there is no
-    /// connection any more.
+    /// The answer is valid until the next request. Throws a Failure, after which the connection is
+    /// closed.
     ovik_client_answer ask(const Request& request, const Deadline& deadline);
 
     ovik_client* client() { return m_client.get(); }

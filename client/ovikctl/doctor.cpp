@@ -12,7 +12,7 @@
 
 namespace
 {
-/// What was found, each in a line with what to do about it.
+/// Prints the findings, one line each with the remedy, and keeps the first exit code.
 class Findings
 {
 public:
@@ -34,7 +34,7 @@ private:
     void print(const std::string& what, const std::string& found, const std::string& cure) const
     {
         const bool isGood = cure.empty();
-        if (m_settings.quiet) { // standard output leads nowhere
+        if (m_settings.quiet) { // standard output is /dev/null
             if (!isGood)
                 complain("BAD  " + what + ": " + found + "; " + cure);
             return;
@@ -72,7 +72,7 @@ std::string targetOf(const std::string& link)
     return target;
 }
 
-/// False when there is nothing to connect to.
+/// False when there is no socket to connect to.
 bool socketIsThere(const Settings& settings, Findings& findings)
 {
     const std::string& path = settings.socket;
@@ -80,7 +80,7 @@ bool socketIsThere(const Settings& settings, Findings& findings)
     struct stat status = {};
     bool isThere = lstat(path.c_str(), &status) == 0;
     if (isThere && S_ISLNK(status.st_mode)) {
-        // The owner of a link can put another in its place at any time.
+        // The owner of a link can replace it at any time.
         if (!isTrusted(status.st_uid, settings)) {
             findings.bad(noService, "socket",
                          path + " is a link of user " + nameOfUser(status.st_uid) + ", not of root",
@@ -115,7 +115,7 @@ bool socketIsThere(const Settings& settings, Findings& findings)
     return true;
 }
 
-/// Empty when nobody serves there.
+/// Empty when the connection failed.
 std::optional<Connection> connect(const Settings& settings, const Deadline& deadline,
                                   Findings& findings)
 {
@@ -181,7 +181,7 @@ bool serviceAnswers(Connection& connection, const Deadline& deadline, Findings& 
 
 bool isMissing(status_t status) { return status == OVIK_NO_PLATFORM || status == OVIK_EMPTY_SLOT; }
 
-/// A platform that has gone: an error for everything but the modules, which then read as 0.
+/// True when the platform has ended: all facilities fail except the modules, which then read as 0.
 bool isGone(const std::vector<status_t>& statuses)
 {
     return std::all_of(statuses.begin(), statuses.end() - 1,

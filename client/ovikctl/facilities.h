@@ -2,16 +2,15 @@
 
 #include <array>
 
-/// What the platform may have or lack, and a request that reads something of it and changes
-/// nothing.
+/// A facility that the platform may lack, and a request that only reads from it.
 struct Facility {
     const char* name;
-    const char* object; ///< of the platform on the bus
+    const char* object; ///< the platform's D-Bus object
     const char* request;
-    const char* anyName = nullptr; ///< in the request: this panel need not know it
+    const char* anyName = nullptr; ///< a name in the request that this panel may not know
 };
 
-/// The plug-in modules, whose errors the service does not tell, come last.
+/// The plug-in modules come last: the service does not report their errors.
 inline constexpr std::array<Facility, 11> facilities = {{
     {"counters and parameters", "/", "getSysCounter"},
     {"backlight", "/Backlight", "getBrightness"},
@@ -26,5 +25,5 @@ inline constexpr std::array<Facility, 11> facilities = {{
     {"plug-in modules", "/HWPlugin", "getHWPluginLedMode;0;0"},
 }};
 
-/// No command: the service answers it with -8 itself, without the platform.
+/// An unknown word: answered -8 without asking the platform.
 inline constexpr const char* noCommand = "?";

@@ -5,7 +5,7 @@
 
 namespace
 {
-/// No errno: who reads it can do something about this.
+/// Errors that the reader can cure are explained without errno.
 std::string reasonOf(ovik_client_error error, const std::string& path)
 {
     switch (error) {

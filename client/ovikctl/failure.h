@@ -5,17 +5,17 @@
 #include <stdexcept>
 #include <string>
 
-/// What the program ends with; told in the manual.
+/// The program's exit codes; documented in the manual.
 enum ExitCode {
     allDone = 0,
-    refused = 1, ///< the service answered a failure
+    refused = 1, ///< the service answered with a failure
     wrongUsage = 2,
     timedOut = 3,
     noPermission = 4,
     noService = 8
 };
 
-/// Why a verb cannot go on, in words that end with what cures it.
+/// The reason why a verb failed. The text ends with the remedy.
 struct Failure : std::runtime_error {
     Failure(ExitCode exitCode, const std::string& text,
             ovik_client_error clientError = OVIK_CLIENT_OK, int errorNumber = 0)
@@ -24,14 +24,14 @@ struct Failure : std::runtime_error {
     }
     ExitCode code;
     ovik_client_error error; ///< if it is one of the client library's
-    int systemError;         ///< errno, where the client library tells it
+    int systemError;         ///< errno, where the client library sets it
 };
 
 /// An error of the client library with the socket at @p path; reads errno.
 Failure failureOf(ovik_client_error error, const std::string& path);
 
-/// "-12: what it means; what cures it".
+/// "-12: meaning; remedy"
 std::string statusInWords(status_t status);
 
-/// What cures a status, without a full stop; empty when nothing does.
+/// The remedy for a status, without a full stop; may be empty.
 const char* cureOf(status_t status);

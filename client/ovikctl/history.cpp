@@ -33,7 +33,7 @@ std::filesystem::path folder()
     return {};
 }
 
-/// Wherever a command stands in the line: it may be one of several, or behind an option.
+/// Searches the whole line: the command may be one of several, or follow an option.
 bool mayHaveSecret(std::string line)
 {
     const auto isQuote = [](char c) { return c == '"' || c == '\'' || c == '\\'; };
@@ -42,18 +42,18 @@ bool mayHaveSecret(std::string line)
         return command.hasSecret() && line.find(command.word) != std::string::npos;
     });
 }
-/// A link or a device in its place, as to /dev/null, says that there is to be no history.
+/// False for a link or a device, such as a link to /dev/null: the user wants no history.
 bool mayBeKept(const std::string& path)
 {
     struct stat status = {};
     return !path.empty() && (lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode));
 }
 
-/// As a whole or not at all, whatever other sessions do meanwhile.
+/// Replaces the file atomically, as other sessions may write it meanwhile.
 void save(History* lines, const std::string& path)
 {
     std::string temporary = path + ".XXXXXX";
-    const int fd = mkstemp(temporary.data()); // for nobody else's eyes
+    const int fd = mkstemp(temporary.data()); // readable by this user only
     if (fd == -1)
         return;
     FILE* const file = fdopen(fd, "w");
@@ -89,7 +89,7 @@ void LineHistory::add(const std::string& line, bool forFile)
     history(m_lines, &ignored, H_ENTER, line.c_str());
     if (!forFile || mayHaveSecret(line) || !mayBeKept(m_path))
         return;
-    // Read again, as other sessions write to it, too.
+    // Read the file again, as other sessions write to it, too.
     History* const file = makeHistory();
     history(file, &ignored, H_LOAD, m_path.c_str());
     history(file, &ignored, H_ENTER, line.c_str());

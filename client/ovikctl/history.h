@@ -3,7 +3,7 @@
 #include <histedit.h>
 #include <string>
 
-/// The lines of the prompt, and a file that keeps those without secrets for the next time.
+/// The lines of the prompt, and a file that saves those without secrets for the next session.
 class LineHistory
 {
 public:
@@ -15,11 +15,11 @@ public:
     /// For the editor.
     History* lines() { return m_lines; }
 
-    /// Remembers a line for this session, and for the file if @p forFile and no command in it has a
-    /// secret.
+    /// Adds a line to this session's history. Also saves it to the file when @p forFile is true and
+    /// no command in the line has a secret.
     void add(const std::string& line, bool forFile);
 
 private:
     History* m_lines;
-    std::string m_path; ///< empty when there is no place for it
+    std::string m_path; ///< empty when no folder is available
 };

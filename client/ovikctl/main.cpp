@@ -10,8 +10,8 @@
 
 namespace
 {
-/// In place of a closed one: else the connection would be it, and what is printed a request. For
-/// reading only, so that writing to it fails.
+/// Fills closed standard descriptors with /dev/null, or the socket could become stdout and receive
+/// our output as requests. Opened for reading only, so that writing fails.
 void openStandardDescriptors()
 {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -20,7 +20,7 @@ void openStandardDescriptors()
     }
 }
 
-/// What is typed may be more than ASCII, also where no language is set.
+/// Input may contain more than ASCII, even where no locale is set.
 void useWideCharacters()
 {
     setlocale(LC_CTYPE, "");

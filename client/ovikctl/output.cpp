@@ -11,7 +11,7 @@ using nlohmann::json;
 
 namespace
 {
-/// Bytes that are no UTF-8, as where a text was cut, become U+FFFD.
+/// Bytes that are not UTF-8, as at the end of a cut text, become U+FFFD.
 std::string jsonString(std::string_view text)
 {
     return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
@@ -27,7 +27,7 @@ bool isUtf8(const std::string& text)
     }
 }
 
-/// How many bytes the UTF-8 character has that @p text begins with; 0 when these are no UTF-8.
+/// The length in bytes of the first UTF-8 character of @p text; 0 when it is not UTF-8.
 size_t utf8Length(std::string_view text)
 {
     const auto byte = [&](size_t i) -> unsigned {
@@ -38,7 +38,7 @@ size_t utf8Length(std::string_view text)
         return 1;
     if (first < 0xc2 || first > 0xf4)
         return 0;
-    // Excludes overlong forms, surrogates, and what is beyond U+10FFFF.
+    // Excludes overlong forms, surrogates, and characters above U+10FFFF.
     const unsigned least = first == 0xe0 ? 0xa0 : first == 0xf0 ? 0x90 : 0x80;
     const unsigned most = first == 0xed ? 0x9f : first == 0xf4 ? 0x8f : 0xbf;
     if (byte(1) < least || byte(1) > most)
@@ -51,7 +51,7 @@ size_t utf8Length(std::string_view text)
     return length;
 }
 
-/// An indented line cannot be taken for a further answer or message.
+/// Indents continuation lines, so that they cannot be mistaken for further answers or messages.
 std::string forTerminal(const std::string& text)
 {
     std::string result;
@@ -60,7 +60,7 @@ std::string forTerminal(const std::string& text)
     return result;
 }
 
-/// Of Latin-1, as the documents of storage and network come.
+/// Converts Latin-1, the encoding of the storage and network documents.
 std::string utf8Of(const std::string& latin1)
 {
     std::string text;
@@ -74,13 +74,13 @@ std::string utf8Of(const std::string& latin1)
     return text;
 }
 
-/// The text as it is when it is JSON, which has line breaks between its parts only; else a string:
-/// the service cuts a long document.
+/// Returns JSON in one line; JSON has line breaks only between its parts. Any other text, such as a
+/// long document that the service has cut, becomes a string.
 std::string documentOf(std::string text)
 {
     if (!isUtf8(text))
         text = utf8Of(text);
-    if (text.compare(0, 3, "\ufeff") == 0) // accepted by the library, but not within JSON
+    if (text.compare(0, 3, "\ufeff") == 0) // the library accepts it, but it is not valid in JSON
         text.erase(0, 3);
     if (!json::accept(text))
         return jsonString(text);
@@ -120,7 +120,7 @@ void addOutcome(JsonObject& object, const ovik_client_outcome& outcome)
     object.addJson("outcome", of.text());
 }
 
-/// False when the answer is not of its command's shape.
+/// False when the answer does not have its command's shape.
 bool addValue(JsonObject& object, const Command& command, const ovik_client_answer& answer)
 {
     switch (command.shape) {
@@ -182,7 +182,7 @@ bool addValue(JsonObject& object, const Command& command, const ovik_client_answ
 JsonObject objectFor(const Request& request)
 {
     JsonObject object;
-    // A request that the table does not know may have a secret in a word it was mistyped for.
+    // Only the command word: a mistyped command may have a secret in its arguments.
     object.add("command", commandWordOf(request.text));
     return object;
 }
@@ -225,7 +225,7 @@ std::string lineOf(const Request& request, const ovik_client_answer& answer)
     const bool isSeen = isatty(STDOUT_FILENO) != 0;
     std::string line =
         (isSeen ? withoutSecrets(request) : request.text) + " -> " + std::to_string(answer.status);
-    // An empty text has its blank, too.
+    // An empty text also has its blank.
     const bool isText = request.command && request.command->shape == Shape::Text;
     if (answer.length > 0 || (isText && answer.status == OVIK_OK))
         line += std::string(" ") + answer.text;
@@ -254,7 +254,7 @@ std::string withoutControls(std::string text, std::string_view kept)
         const bool isC0 = first < ' ' && kept.find(text[i]) == std::string_view::npos;
         const bool isC1 =
             length == 2 && first == 0xc2 && static_cast<unsigned char>(text[i + 1]) < 0xa0;
-        // An 8-bit terminal obeys the byte alone. Other bytes that are no UTF-8 may be Latin-1
+        // An 8-bit terminal obeys a single such byte. Other bytes that are not UTF-8 may be Latin-1
         // text.
         const bool isC1Byte = length == 0 && first < 0xa0;
         const size_t step = std::max<size_t>(length, 1);

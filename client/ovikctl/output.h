@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-/// A JSON object in one line, field by field.
+/// Builds a JSON object in one line, field by field.
 class JsonObject
 {
 public:
     JsonObject& add(const char* name, std::string_view text);
     JsonObject& add(const char* name, long long number);
-    /// A value that is JSON itself.
+    /// Adds a value that is already JSON.
     JsonObject& addJson(const char* name, const std::string& value);
     std::string text() const { return m_fields + "}"; }
 
@@ -21,25 +21,25 @@ private:
     std::string m_fields = "{";
 };
 
-/// The object that tells an answer: {"command":"getBrightness","status":0,"value":75}.
+/// The object for an answer: {"command":"getBrightness","status":0,"value":75}.
 std::string jsonOf(const Request& request, const ovik_client_answer& answer);
 
-/// The object that tells why there is no answer.
+/// The object for a request without an answer; @p error is the reason.
 std::string jsonOf(const Request& request, const std::string& error);
 
-/// "setBuzzerMode;1 -> 0 0", as the service sent it; at a terminal without secrets.
+/// "setBuzzerMode;1 -> 0 0", as sent by the service; secrets are hidden on a terminal.
 std::string lineOf(const Request& request, const ovik_client_answer& answer);
 
-/// Writes a line to standard output at once, as others may wait for it. At a terminal, control
-/// characters become blanks and continuation lines are indented.
+/// Writes a line to standard output and flushes it, as other programs may wait for it. On a
+/// terminal, control characters become blanks and continuation lines are indented.
 void printLine(const std::string& line);
 
 /// The same for standard error.
 void complain(const std::string& text);
 
-/// The text with a blank for each control character, which a terminal might obey.
+/// Replaces control characters, which a terminal might obey, by blanks.
 std::string withoutControls(std::string text, std::string_view kept = "");
 
 enum class Style { Bold, Good, Bad };
-/// Text for a terminal: without a colour when standard output is none, or NO_COLOR is set.
+/// Adds colour, unless standard output is not a terminal or NO_COLOR is set.
 std::string paint(Style style, const std::string& text);

@@ -21,17 +21,16 @@ namespace
 {
 // --- Signals -------------------------------------------------------------------------------------
 //
-// The editor's own handlers would send each signal on to whoever is in the process group. Ours are
-// called only while the prompt waits for a key or for a line's process, so that none goes by
-// unnoticed in between.
+// The editor's own handlers would send each signal to the whole process group. Signals are blocked
+// except while the prompt waits for a key or for a line's process, so that none is missed.
 
 volatile sig_atomic_t ending = 0; ///< the signal that ends the prompt
 volatile sig_atomic_t resized = 0;
 volatile sig_atomic_t interrupted = 0;
-volatile sig_atomic_t lineProcess = 0; ///< of the line that runs, or 0
-sigset_t waitingMask;                  ///< of signals that are blocked while waiting
+volatile sig_atomic_t lineProcess = 0; ///< the process that runs the current line, or 0
+sigset_t waitingMask;                  ///< signals that are blocked while waiting
 
-/// To a process that the terminal's own signal was too early for, or that gets none of it.
+/// Forwards a signal to the line's process, which may have started too late or not receive it.
 void passOn(int number)
 {
     if (lineProcess > 0)
@@ -48,7 +47,7 @@ void onInterrupt(int)
     interrupted = 1;
     passOn(SIGINT);
 }
-void onContinue(int) { interrupted = 1; } // the terminal is to be set up again
+void onContinue(int) { interrupted = 1; } // the terminal must be set up again
 void onResize(int) { resized = 1; }
 
 constexpr std::pair<int, void (*)(int)> handlers[] = {{SIGINT, onInterrupt},
@@ -104,7 +103,7 @@ std::vector<std::string> commandLineOf(const std::string& line)
     _exit(result);
 }
 
-/// In a process of its own, so that Ctrl-C ends a request that waits, and not the prompt.
+/// Runs the line in a child process, so that Ctrl-C ends a waiting request, but not the prompt.
 int runLine(const Settings& settings, const std::string& line)
 {
     fflush(stdout);
@@ -131,7 +130,7 @@ std::string trimmed(const std::string& line)
     return begin == std::string::npos ? "" : line.substr(begin, end - begin + 1);
 }
 
-/// What was mistyped may have a secret behind a word that tells nothing, which the service refuses.
+/// False for an unknown word with arguments: a mistyped command may have a secret among them.
 bool isUnderstood(const std::string& line)
 {
     const std::string word = commandWordOf(line);
@@ -186,7 +185,7 @@ bool waitForKey(EditLine* editor)
     pollfd key = {STDIN_FILENO, POLLIN, 0};
     while (key.revents == 0) {
         ppoll(&key, 1, nullptr, &waitingMask);
-        // A signal that came together with keys was before them.
+        // Handle a signal before keys that arrived together with it.
         sigset_t blocked;
         sigprocmask(SIG_SETMASK, &waitingMask, &blocked);
         sigprocmask(SIG_SETMASK, &blocked, nullptr);
@@ -201,7 +200,7 @@ bool waitForKey(EditLine* editor)
     return true;
 }
 
-/// As the editor wants it: 1, 0 at the end, -1 for an error. Bytes that are no text are left out.
+/// For the editor. Skips invalid bytes. @return 1, 0 at the end of input, -1 for an error
 int readCharacter(EditLine* editor, wchar_t* character)
 {
     mbstate_t state = {};
@@ -228,7 +227,7 @@ public:
         el_set(m_editor, EL_GETCFN, readCharacter);
         el_set(m_editor, EL_EDITOR, "emacs");
         el_set(m_editor, EL_HIST, history, lines.lines());
-        // Of other than wide texts, the editor makes copies that it does not release.
+        // el_set() leaks copies of narrow strings; el_wset() does not.
         el_wset(m_editor, EL_ADDFN, L"ovikctl-tab", L"Complete what is typed", onTab);
         el_set(m_editor, EL_BIND, "^I", "ovikctl-tab", nullptr);
         el_set(m_editor, EL_BIND, "^R", "em-inc-search-prev", nullptr);
@@ -238,12 +237,12 @@ public:
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
 
-    /// The next line; false at the end. A signal clears what was typed so far.
+    /// Reads the next line; false at the end of input. A signal clears the current line.
     bool read(std::string& line)
     {
         while (!ending) {
             interrupted = 0;
-            // Before the prompt shows: a Ctrl-D that came first would be lost with the change.
+            // Set before the prompt appears: changing the mode later would drop an early Ctrl-D.
             el_set(m_editor, EL_PREP_TERM, 1);
             int length = 0;
             const char* const text = el_gets(m_editor, &length);

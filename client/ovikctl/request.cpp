@@ -15,7 +15,7 @@ namespace
 {
 Failure usage(const std::string& text) { return {wrongUsage, text}; }
 
-/// The service reads anything else as 0.
+/// Throws unless the text is a number: the service reads any other text as 0.
 void requireNumber(const std::string& name, const std::string& text)
 {
     int value = 0;
@@ -50,7 +50,7 @@ std::string withoutSecrets(const Request& request)
     const std::string& text = request.text;
     size_t separator = text.find(';');
     for (size_t i = 0; separator != std::string::npos; ++i) {
-        // What is no command may be a mistyped one.
+        // An unknown word may be a mistyped command with a secret.
         const bool isSecret = !request.command || (i < request.command->arguments.size() &&
                                                    request.command->arguments[i].isSecret);
         if (isSecret)

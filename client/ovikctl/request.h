@@ -6,19 +6,19 @@
 #include <functional>
 #include <vector>
 
-/// A request as it is sent, and what is known of it.
+/// A request as sent, and its command.
 struct Request {
     std::string text;
-    const Command* command = nullptr; ///< null when the table does not have it
+    const Command* command = nullptr; ///< null when not in the table
 
-    /// How long its answer may take: a Wi-Fi scan 60 s, a platform that does not answer 25 s.
+    /// The longest wait for the answer: a Wi-Fi scan takes up to 60 s, a silent platform 25 s.
     Milliseconds bound() const;
 };
 
-/// A request in the protocol's own form, sent as it is: "setBuzzerMode;1".
+/// A request in the protocol's own form, sent unchanged: "setBuzzerMode;1".
 Request rawRequest(const std::string& text);
 
-/// Throws a Failure when the service would understand something else than was meant.
+/// Throws a Failure when the service would misunderstand the arguments.
 Request requestOf(const Command& command, const std::vector<std::string>& arguments);
 
 /// A line in either form: "setBuzzerMode 1", with quotes as in a shell, or "setBuzzerMode;1".
@@ -33,19 +33,19 @@ std::vector<std::string> wordsOf(const std::string& line);
 /// "setBuzzerMode mode"
 std::string formOf(const Command& command);
 
-/// "setBuzzerMode" of "setBuzzerMode;1".
+/// "setBuzzerMode" for "setBuzzerMode;1".
 std::string commandWordOf(const std::string& request);
 
-/// "setInterfaceConfigJson;eth0;...": its text up to what may be a secret.
+/// "setInterfaceConfigJson;eth0;...": the text up to a possible secret.
 std::string withoutSecrets(const Request& request);
 
-/// True when withoutSecrets() leaves something out.
+/// True when withoutSecrets() hides a part.
 bool mayHaveSecret(const Request& request);
 
-/// The lines of a file but for the empty ones; "-" is standard input. Throws a Failure that names
-/// the line when it has a NUL or @p take refuses it, or when the file cannot be read to its end.
+/// Passes each non-empty line of a file to @p take; "-" is standard input. Throws a Failure when
+/// the file cannot be read to its end. When a line has a NUL or @p take refuses it, the Failure
+/// names the line.
 void forEachLine(const std::string& name, const std::function<void(const std::string&)>& take);
 
-/// The requests of a file with one in each line, in either form; lines that begin with "#" are
-/// left out.
+/// The requests of a file, one per line, in either form; lines that begin with "#" are skipped.
 std::vector<Request> requestsOfFile(const std::string& name);

@@ -1,4 +1,4 @@
-// The verbs that send requests: one command, raw, batch.
+// The verbs that send requests: a single command, raw, batch.
 
 #include "client/ovikctl/connection.h"
 #include "client/ovikctl/output.h"
@@ -11,11 +11,11 @@ bool hasValue(const Request& request)
     return !request.command || request.command->shape != Shape::Status;
 }
 
-/// Prints one of several answers; false for a failure.
+/// Prints one of several answers; false when its status is a failure.
 bool report(const Settings& settings, const Request& request, const ovik_client_answer& answer)
 {
     printLine(settings.json ? jsonOf(request, answer) : lineOf(request, answer));
-    if (answer.status != OVIK_OK) // with the word only: an argument may be a secret
+    if (answer.status != OVIK_OK) // only the word, as an argument may be a secret
         complain(commandWordOf(request.text) + ": " + statusInWords(answer.status));
     return answer.status == OVIK_OK;
 }
@@ -26,7 +26,7 @@ void tellAsJson(const Settings& settings, const Request& request, const Failure&
         printLine(jsonOf(request, failure.what()));
 }
 
-/// Asks one after the other on one connection.
+/// Sends requests one after the other on one connection.
 class RawRequests
 {
 public:

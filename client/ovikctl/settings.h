@@ -12,11 +12,11 @@
 using namespace std::chrono_literals;
 using Milliseconds = std::chrono::milliseconds;
 
-/// What the options say that each verb takes.
+/// The options that are common to all verbs.
 struct Settings {
     std::string socket = OVIK_CLIENT_SOCKET;
     std::optional<uid_t> serviceUser; ///< trusted like root
-    std::optional<double> timeout;    ///< in seconds; each verb has a bound of its own
+    std::optional<double> timeout;    ///< in seconds; each verb has its own default
     bool json = false;
     bool quiet = false;
 
@@ -26,13 +26,13 @@ struct Settings {
     }
 };
 
-/// A bound that several calls share.
+/// A time limit shared by several calls.
 class Deadline
 {
 public:
     explicit Deadline(Milliseconds bound) : m_end(Clock::now() + bound) {}
     bool isOver() const { return Clock::now() >= m_end; }
-    /// In ms, as the client library takes it.
+    /// The remaining time in ms, from 0 to INT_MAX, for the client library.
     int left() const
     {
         const auto rest = std::chrono::ceil<Milliseconds>(m_end - Clock::now()).count();

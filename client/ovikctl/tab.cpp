@@ -8,7 +8,7 @@
 
 namespace
 {
-/// The words before the cursor; the last is the one to complete, perhaps empty.
+/// The words before the cursor; the last is completed and may be empty.
 std::vector<std::string> wordsBehindWhich(const std::string& line)
 {
     std::vector<std::string> words;
@@ -21,7 +21,7 @@ std::vector<std::string> wordsBehindWhich(const std::string& line)
     } else {
         try {
             words = wordsOf(line);
-        } catch (const Failure&) { // within quotes there is nothing to complete
+        } catch (const Failure&) { // no completion inside quotes
             return {};
         }
         if (line.empty() || line.back() == ' ')
@@ -58,7 +58,7 @@ Tab complete(const std::string& word, const std::vector<std::string>& candidates
     return tab;
 }
 
-/// "setBuzzerMode [mode]  the mode", with brackets around what comes next.
+/// "setBuzzerMode [mode]  the mode", with brackets around the next argument.
 std::string hintOf(const CLI::App& verb, size_t place)
 {
     std::string form = verb.get_name();

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-/// What TAB does behind a piece of a line.
+/// The effect of TAB after the beginning of a line.
 struct Tab {
-    std::string insertion;         ///< to be typed
-    std::vector<std::string> list; ///< to be shown: what could come here
-    std::string hint;              ///< to be shown: which argument comes here
+    std::string insertion;         ///< inserted at the cursor
+    std::vector<std::string> list; ///< shown: the possible words
+    std::string hint;              ///< shown: the next argument
 };
 
 Tab tabBehind(const std::string& line, const CLI::App& program);

@@ -10,31 +10,31 @@ namespace CLI
 class App;
 }
 
-// Each runs a verb and returns what the program ends with, or throws a Failure.
+// Each function runs a verb and returns the program's exit code, or throws a Failure.
 
-/// One request: prints the value of its answer alone.
+/// Sends one request; prints only the value of the answer.
 int runRequest(const Settings& settings, const Request& request);
 
-/// Requests in the protocol's own form, one after the other; those of standard input when there are
-/// none. Prints each with its response.
+/// Sends requests in the protocol's own form, one after the other, and prints each with its
+/// response. Reads the requests from standard input when @p texts is empty.
 int runRaw(const Settings& settings, const std::vector<std::string>& texts);
 
-/// The requests of a file, pipelined.
+/// Sends the requests of a file, pipelined.
 int runBatch(const Settings& settings, const std::string& file);
 
-/// Tells of every command.
+/// Lists every command.
 int runList(const Settings& settings);
 
-/// Until the service answers, or the platform through it.
+/// Waits until the service answers, or until the platform answers through the service.
 int runWait(const Settings& settings, bool forPlatform);
 
-/// Asks the same again and again, until a signal ends it.
+/// Repeats the requests until a signal ends the program.
 int runWatch(const Settings& settings, const std::vector<std::string>& lines, double interval);
 
-/// Finds out what is wrong. Changes nothing.
+/// Diagnoses the service. Changes nothing.
 int runDoctor(const Settings& settings);
 
-/// Prints the completion of a shell, "bash" or "zsh", for the verbs and options of the program.
+/// Prints the completion script of a shell, "bash" or "zsh", for the program's verbs and options.
 int runCompletion(const std::string& shell, const CLI::App& program);
 
 /// Reads lines at a terminal and runs each as the words of a command line.

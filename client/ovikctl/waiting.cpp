@@ -7,7 +7,7 @@
 
 namespace
 {
-/// Without a platform every facility answers -1, or -10; with one, hardly any does.
+/// Without a platform, every facility fails, with -1 or -10. With one, hardly any fails.
 void requirePlatform(Connection& connection, const Deadline& deadline)
 {
     const auto answers = [&](const Facility& facility) {
@@ -33,7 +33,7 @@ int runWait(const Settings& settings, bool forPlatform)
                 requirePlatform(connection, deadline);
             return allDone;
         } catch (const Failure& failure) {
-            // That the last try had too little time tells nothing.
+            // A time-out of a shortened last try is not evidence; keep the earlier failure.
             if (!last || !isCutShort || failure.code != timedOut)
                 last = failure;
         }

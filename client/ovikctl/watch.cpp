@@ -21,7 +21,7 @@ std::string timeOfDay()
     return text;
 }
 
-/// What a terminal shows in one line of that width.
+/// Cuts the text to one terminal line of @p width bytes, without control characters.
 std::string cutTo(std::string text, size_t width)
 {
     text = withoutControls(std::move(text));
@@ -33,7 +33,7 @@ std::string cutTo(std::string text, size_t width)
     return text.substr(0, width);
 }
 
-/// The values of one round, or why there are none.
+/// The values of one round, or the reason why there are none.
 struct Round {
     std::vector<std::string> values;
     std::vector<std::string> objects; ///< the same as JSON
@@ -53,7 +53,7 @@ public:
         }
     }
 
-    /// On a connection of its own: others are served in between.
+    /// Opens a new connection each time, so that other clients are served in between.
     Round ask()
     {
         Round round;
@@ -110,10 +110,10 @@ public:
 private:
     const Settings& m_settings;
     std::vector<Request> m_requests;
-    std::vector<std::string> m_names; ///< of the requests, to be seen
+    std::vector<std::string> m_names; ///< the requests without secrets, for display
     Milliseconds m_bound{0};
     size_t m_width = 0;
-    size_t m_drawn = 0; ///< lines that the next picture replaces
+    size_t m_drawn = 0; ///< number of lines to overwrite in the next round
     std::vector<std::string> m_last;
 };
 } // namespace
