@@ -5,10 +5,10 @@
 
 #include <QDBusObjectPath>
 
-// The objects whose operations look different on the bus. The operations that do come first in
-// each class; the others only pass on.
+// The objects whose operations have other types on the bus. Those operations come first in each
+// class; the others only forward.
 
-/// A transfer is an object path on the bus, and "/" when there is none.
+/// On the bus a transfer is an object path; "/" when there is none.
 class OvikOnBus : public QObject
 {
     Q_OBJECT
@@ -56,7 +56,7 @@ private:
     SimOvik m_ovik;
 };
 
-/// A reading is its bare value on the bus, whether it is valid or not.
+/// On the bus a reading is only its value, valid or not.
 class SensorsOnBus : public QObject
 {
     Q_OBJECT
@@ -88,7 +88,7 @@ private:
     SimSensors m_sensors;
 };
 
-/// Starting gives the tag's data on the bus, stopping gives none.
+/// On the bus starting returns the tag's data, stopping returns none.
 class NfcReaderOnBus : public QObject
 {
     Q_OBJECT

@@ -3,15 +3,15 @@
 #include <QSet>
 #include <QStringList>
 
-/// What the command line asks for.
+/// The values of the command line.
 struct CommandLine {
     QSet<int> pluginSlots;
     int scanDelay = 0;
     QStringList missing;
 
-    /// Empty when the command line was understood, else what is wrong with it.
+    /// Empty when the command line is valid, else the error.
     QString error;
 };
 
-/// Reads the command line of the application; answers --help and --version itself, without return.
+/// Reads the application's command line. With --help and --version, prints the text and exits.
 CommandLine readCommandLine();

@@ -5,20 +5,20 @@
 #include <QDBusConnection>
 #include <QStringList>
 
-/// Offers a panel on the bus: its objects under the bus name com.wenu.OVIK.
+/// The D-Bus service of a panel: its objects, under the bus name com.wenu.OVIK.
 class DBusFace : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The names of all objects: the last name component of the path, "OVIK" for the root and
+    /// The names of all objects: the last component of the path, except "OVIK" for the root and
     /// "HWPlugin" for the module of a slot.
     static QStringList objectNames();
 
     DBusFace(sim::Panel& panel, const QDBusConnection& bus, QObject* parent = nullptr);
 
-    /// Registers the objects, but for those named in @p missing, and then the bus name: whoever
-    /// sees the name finds the objects. Empty when it worked, else why it did not.
+    /// Registers the objects, except those in @p missing, and then the bus name, so that clients
+    /// which see the name find the objects. @return empty on success, else the error
     QString open(const QStringList& missing);
 
 private:

@@ -1,8 +1,8 @@
-// The simulated panel as the platform's library "libOVIK.so": the same objects as on the bus,
-// handed out in the process. Variables of the environment make it lack something, for tests:
+// The simulated panel as the platform's library "libOVIK.so": the same objects as on the bus, in
+// the process. Environment variables simulate faults, for tests:
 //
-// OVIK_SIM_MISSING=Buzzer,SysStat   the instances that are not there
-// OVIK_SIM_NO_FACTORY=1             no factory function either
+// OVIK_SIM_MISSING=Buzzer,SysStat   these instances are missing
+// OVIK_SIM_NO_FACTORY=1             the factory function is missing
 // OVIK_SIM_SYSTEMINFO_IN_CALLER=1   the system information lives in the caller's thread
 
 #include "IProxy/OVIKPlatformInterface.h"
@@ -19,7 +19,7 @@ namespace
 {
 constexpr int commandDelayMs = 300;
 
-// As of a real platform's library, the objects live as long as the process.
+// As in a real platform's library, the objects live as long as the process.
 
 sim::Panel& panel()
 {
@@ -34,7 +34,7 @@ QObject* onPanel()
     return object;
 }
 
-/// Served by a thread of its own, as its callers wait for it.
+/// The object lives in its own thread, as callers block until that thread answers.
 QObject* systemInfoInThread()
 {
     static QObject* const object = [] {
@@ -42,7 +42,7 @@ QObject* systemInfoInThread()
         auto* const thread = new QThread;
         thread->start();
         info->moveToThread(thread);
-        // Not before its event loop runs: one that begins when the application has gone never does.
+        // Wait for the event loop: started after the application's end, a loop would never run.
         QMetaObject::invokeMethod(
             info, [] {}, Qt::BlockingQueuedConnection);
         return info;
@@ -85,14 +85,14 @@ static QObject* getInstance(const char* name)
     return nullptr;
 }
 
-/// Asked by the dynamic linker, at every look-up of the factory's symbol, what that stands for.
+/// The dynamic linker calls this at every look-up of the factory's symbol, to get the address.
 __attribute__((used)) OvikPluginFactory_getInstance_function ovikSimResolveFactory()
 {
     return getenv("OVIK_SIM_NO_FACTORY") ? nullptr : getInstance;
 }
 }
 
-// The compilers' own attribute for this is not there for ARM.
+// Compilers lack their own attribute for this (ifunc) on ARM.
 asm(".globl OvikPluginFactory_getInstance\n"
     ".type OvikPluginFactory_getInstance, %gnu_indirect_function\n"
     ".set OvikPluginFactory_getInstance, ovikSimResolveFactory\n");

@@ -33,7 +33,7 @@ int main(int argc, char* argv[])
     if (!error.isEmpty())
         return fail(NoBus, error);
 
-    // Nobody can reach the panel any more when the bus is gone.
+    // Without the bus, no client can reach the panel any more.
     bus.connect(QString(), "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local",
                 "Disconnected", &application, SLOT(quit()));
 

@@ -52,7 +52,7 @@ QJsonArray wifiNetworks()
             wifiNetwork("guest", "02:00:00:00:00:03", -80, "open")};
 }
 
-/// A JSON value as the text of a parameter.
+/// Converts a JSON value to the text of a parameter.
 QString parameterText(const QJsonValue& value)
 {
     if (value.isObject() || value.isArray())

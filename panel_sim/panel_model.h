@@ -9,18 +9,18 @@
 namespace sim
 {
 
-/// A simulated panel: its whole state and what can be done with it. It knows nothing of the faces
-/// through which it is reached.
+/// A simulated panel: its whole state and operations, independent of the D-Bus service and the
+/// library that offer it.
 class Panel : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Slots are numbered from 0 to below this.
+    /// Slots are numbered from 0 to slotCount - 1.
     static constexpr int slotCount = 4;
 
-    /// A panel with a plug-in module in each of @p pluginSlots, whose service commands take
-    /// @p commandDelay milliseconds.
+    /// @param pluginSlots the slots with a plug-in module
+    /// @param commandDelay duration of a service command, in ms
     Panel(const QSet<int>& pluginSlots, int commandDelay, QObject* parent = nullptr);
 
     const systemInfo& identity() const { return m_identity; }
@@ -37,7 +37,7 @@ public:
 
     int systemSeconds() const { return m_systemCounter.seconds(); }
     int backlightSeconds() const { return m_backlightCounter.seconds(); }
-    /// Clears the counters of the bits of @p which: 1 the system's, 2 the backlight's.
+    /// Clears counters. @param which bits: 1 the system's counter, 2 the backlight's
     int clearCounters(int which);
 
     int orientation() const { return m_orientation; }
@@ -52,7 +52,7 @@ public:
     int setSystemParameters(const QString& key, const QString& json);
 
     Memory& eeprom() { return m_eeprom; }
-    /// Null when no slave answers at @p address.
+    /// Null when there is no slave at @p address.
     Memory* eepromSlave(int address);
 
     Network& network() { return m_network; }
@@ -64,7 +64,7 @@ public:
     /// Null when there is no such service.
     const Service* service(const QString& name) const;
     int changeService(const QString& name, int (Service::*change)());
-    /// Starts a command of a service; commandFinished() tells its result.
+    /// Starts a command of a service; commandFinished() reports the result.
     int command(const QString& service, const QString& name, const QString& options);
 
     QList<int> pluginSlots() const;
@@ -73,7 +73,7 @@ public:
     int setLed(int slot, uint id, int Led::*setting, int value);
     int setLedMode(int slot, uint id, int mode);
     int lightLed(int slot, uint id, uint value);
-    /// Lights the LED for @p time milliseconds and leaves it dark.
+    /// Lights the LED for @p time milliseconds, then switches it off.
     int flashLed(int slot, uint id, uint value, int time);
     int blinkLed(int slot, uint id, uint value, int onTime, int offTime);
     int setIoMode(int slot, uint id, int mode);
@@ -89,7 +89,7 @@ public:
     int writeTagJson(const QString& json);
 
 Q_SIGNALS:
-    /// Something else than parameters and the tag has changed.
+    /// Anything but the parameters and the tag has changed.
     void changed();
     void ledsChanged(int slot);
     void systemParameterChanged(const QString& name, const QString& value);
@@ -99,7 +99,7 @@ Q_SIGNALS:
     void tagJsonChanged(const QString& json);
 
 private:
-    /// Passes a result on, after telling of the change when it is Done.
+    /// Emits changed() when @p result is Done. @return @p result
     int told(int result);
     int toldLeds(int slot, int result);
     Led* settableLed(int slot, uint id);

@@ -32,7 +32,7 @@ int changeMode(std::vector<Point>& points, uint id, int mode)
     return Done;
 }
 
-/// Writes as much of @p text as fits before the zero byte that stays at the end.
+/// Writes as much of @p text as fits and keeps the zero byte at the end.
 template <class Byte, size_t length>
 void fill(Byte (&field)[length], const QByteArray& text)
 {

@@ -9,15 +9,15 @@
 #include <QString>
 #include <vector>
 
-/// What a panel is made of, as plain values. An operation answers Done or Refused, and what it
-/// refuses it leaves as it was.
+/// The parts of a panel, as plain values. Operations return Done or Refused; a refused operation
+/// changes nothing.
 namespace sim
 {
 
 constexpr int Done = 0;
 constexpr int Refused = -1;
 
-/// The object in @p text; false when it is not a JSON object.
+/// Reads the JSON object in @p text; false when @p text is not a JSON object.
 bool readJson(const QString& text, QJsonObject& object);
 QString writeJson(const QJsonObject& object);
 
@@ -29,7 +29,7 @@ struct Buzzer {
     int frequency = 440;
 };
 
-/// The level that shows and the level that a restart would bring back.
+/// The current level, and the level that a restart would restore.
 struct Backlight {
     static constexpr int highest = 255;
 
@@ -38,7 +38,7 @@ struct Backlight {
     QMap<QString, int> timeouts;
 };
 
-/// Seconds that go on from a base, as an hour meter does.
+/// Counts seconds from a start value, like an hour meter.
 class Counter
 {
 public:
@@ -52,13 +52,13 @@ private:
     QElapsedTimer m_running;
 };
 
-/// A serial EEPROM of 256 bytes. A read ends at the last byte; a write fits or is refused.
+/// A serial EEPROM of 256 bytes. A read ends at the last byte; a write beyond it is refused.
 class Memory
 {
 public:
     static constexpr int size = 256;
 
-    /// Cell by cell counts up from @p first, so that every cell of a new memory can be told apart.
+    /// The cells count up from @p first, so that every cell of a new memory differs.
     explicit Memory(int first = 0);
 
     QByteArray read(int address, uint length) const;
@@ -118,22 +118,22 @@ struct Storage {
 struct Service {
     bool enabled;
     bool running;
-    /// The panel may change it; the others only show.
+    /// The panel may change the service; other services are read-only.
     bool controlled;
     bool hasCommands;
 
     int start();
     int stop();
     int restart() { return start(); }
-    /// There is nothing to tell a service that does not run.
+    /// A service that does not run cannot reload.
     int reload() { return running ? Done : Refused; }
     int enable();
     int disable();
-    /// Makes the service run when it is enabled and stop when it is not.
+    /// Starts the service when enabled, else stops it.
     int apply() { return enabled ? start() : stop(); }
 };
 
-/// The mode of an LED or I/O point: fixed ones follow the module, settable ones the caller.
+/// The mode of an LED or I/O point: the module sets fixed ones, the caller sets settable ones.
 enum PointMode { Fixed = 1, Settable = 2 };
 
 struct Led {
@@ -149,11 +149,11 @@ struct IoPoint {
     bool on = false;
 };
 
-/// A plug-in module: 8 LEDs and 8 I/O points, fixed and settable in turn.
+/// A plug-in module: 8 LEDs and 8 I/O points, alternately fixed and settable.
 struct Plugin {
     explicit Plugin(int slot);
 
-    /// The signature, which the EEPROM starts with.
+    /// The signature, at the start of the EEPROM.
     sSEEModule signature() const;
 
     /// Null when there is no such LED or point.
@@ -164,9 +164,9 @@ struct Plugin {
     Led* settableLed(uint id);
     int setLedMode(uint id, int mode);
     int setIoMode(uint id, int mode);
-    /// '0' or '1' for each of @p count points from @p id on, as far as there are points.
+    /// '0' or '1' for each of @p count points from @p id on, up to the last point.
     QByteArray readIo(uint id, uint count) const;
-    /// Sets the points from @p id on; refused as a whole when one of them may not be set.
+    /// Sets the points from @p id on; refused without any change when one may not be set.
     int writeIo(uint id, const QByteArray& values);
 
     Memory eeprom;

@@ -2,7 +2,7 @@
 
 namespace
 {
-/// Where the EEPROM keeps the flags of the software modules, 8 in each byte from the lowest bit up.
+/// The EEPROM address of the software modules' flags: 8 in each byte, lowest bit first.
 constexpr int flagArea = 0xE0;
 constexpr uint flagCount = 8 * (sim::Memory::size - flagArea);
 } // namespace

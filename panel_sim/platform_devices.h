@@ -5,8 +5,8 @@
 
 // The devices of the simulated panel.
 //
-// An operation that no face of the panel offers is not simulated: it answers sim::Refused or an
-// empty value. Such operations stand last in their class.
+// An operation that neither the D-Bus service nor the library offers is not simulated: it returns
+// sim::Refused or an empty value. Such operations come last in their class.
 
 class SimBuzzer : public IBuzzer
 {
@@ -67,7 +67,7 @@ public:
     int setBrightness(int value) override { return m_panel.setBrightness(value); }
     int saveBrightness(int value) override { return m_panel.saveBrightness(value); }
     int getBrightness() override { return m_panel.backlight().level; }
-    /// Shows the saved level again.
+    /// Restores the saved level.
     int syncBrightness() override { return m_panel.setBrightness(m_panel.backlight().saved); }
     int offBrightness() override { return m_panel.setBrightness(0); }
 
@@ -81,7 +81,7 @@ private:
     sim::Panel& m_panel;
 };
 
-/// A slave address that nothing answers to is refused and gives no data.
+/// Operations on an unknown slave address are refused and return no data.
 class SimSeeprom : public II2CSEEPROM
 {
     Q_OBJECT
@@ -152,7 +152,7 @@ public:
     uint GetLedValue(uint ledId) const override;
 
 Q_SIGNALS:
-    /// The values of all LEDs, a byte each.
+    /// Sends the values of all LEDs, one byte each.
     void dataChanged(const QByteArray& data);
 
 private:
@@ -199,7 +199,7 @@ private:
     const int m_slot;
 };
 
-/// A reader on which a tag lies.
+/// A reader with a tag on it.
 class SimNfcReader : public INFCReader
 {
     Q_OBJECT

@@ -3,7 +3,7 @@
 #include "IProxy/OVIKPlatformInfo.h"
 #include "panel_sim/panel_model.h"
 
-// What the simulated panel is and what is installed on it. None of it changes while it runs.
+// Identity and software of the simulated panel. Nothing here changes at run time.
 
 class SimSystemInfo : public ISystemInfo
 {

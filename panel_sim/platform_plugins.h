@@ -3,7 +3,7 @@
 #include "IProxy/OVIKPlatformPlugins.h"
 #include "panel_sim/panel_model.h"
 
-/// The module in one slot. Its EEPROM answers to the number of the slot and to no other.
+/// The module in one slot. Its EEPROM only accepts the number of that slot.
 class SimHWPlugin : public IHWPlugin
 {
     Q_OBJECT

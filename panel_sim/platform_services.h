@@ -5,8 +5,8 @@
 
 // Settings and services of the simulated panel.
 //
-// An operation that no face of the panel offers is not simulated: it answers sim::Refused or an
-// empty value. Such operations stand last in their class.
+// An operation that neither the D-Bus service nor the library offers is not simulated: it returns
+// sim::Refused or an empty value. Such operations come last in their class.
 
 class SimOvik : public IOVIK
 {
@@ -41,7 +41,7 @@ public:
     int getBlightCounter() override { return m_panel.backlightSeconds(); }
     bool isServiceControlled(const QString& service) override;
 
-    // On the bus, but there is nothing behind it: no restart takes place, and no image is moved.
+    // Offered on the bus, but without effect: nothing restarts, and no image is transferred.
     int restartSystem() override { return sim::Done; }
     int restartSystemWithImage(int) override { return sim::Done; }
     IImageTransferProcess* uploadImage(const QString&, const QString&, bool) override
@@ -120,7 +120,7 @@ private:
     const sim::Panel& m_panel;
 };
 
-/// A storage that the panel has not gives an empty record and an empty text.
+/// Returns an empty record and an empty text for an unknown storage.
 class SimStorageManager : public IStorageManager
 {
     Q_OBJECT
@@ -141,13 +141,13 @@ public:
     int getSecurityMarginInOSForFlash() override { return 10 << 20; }
     ovikStorageInfo getStorageInfo(QString storageName) override;
     QString getStorageInfoJSON(QString storageName) override;
-    /// No share can be reached.
+    /// Returns an empty record: shares are not simulated.
     ovikStorageInfo getShareInfo(QString, int) override { return {}; }
 
 private:
     const sim::Storage* find(const QString& name) const;
     QString mountPoint(const QString& name) const;
-    /// The names of the storages, or of the removable ones only, as a JSON array.
+    /// The names of all storages, or of the removable ones only, as a JSON array.
     QString devices(bool removableOnly) const;
 
     const sim::Panel& m_panel;
@@ -180,7 +180,7 @@ public:
     {
         return m_panel.network().prepare(config, keyFilter);
     }
-    /// Applies at once, however it is asked. On the bus it comes without an argument.
+    /// Applies at once, for any argument. On the bus the operation has no argument.
     int applyNewConfiguration(bool = false) override;
 
     // Not simulated.
@@ -211,8 +211,8 @@ private:
     sim::Panel& m_panel;
 };
 
-/// An unknown service and one that the panel does not control are refused. The state is 1 for a
-/// service that runs and 0 for one that does not.
+/// Operations on unknown services and on services that the panel does not control are refused. The
+/// state is 1 when a service runs, else 0.
 class SimServiceManager : public IServiceManager
 {
     Q_OBJECT

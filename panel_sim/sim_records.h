@@ -4,8 +4,7 @@
 
 #include <QDBusArgument>
 
-// How the records that only the panel sends travel over D-Bus: as those in
-// dbus_ovik/OVIKDBusRecords.h.
+// The D-Bus form of the records that only the panel sends; like dbus_ovik/OVIKDBusRecords.h.
 
 QDBusArgument& operator<<(QDBusArgument& argument, const splashImageInfo& record);
 const QDBusArgument& operator>>(const QDBusArgument& argument, splashImageInfo& record);
