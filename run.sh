@@ -155,14 +155,14 @@ start_bus() {
 END
     start bus dbus-daemon --nofork --nopidfile --nosyslog --print-address \
         --config-file="$dir/bus.conf"
-    await bus grep -q ^unix: "$dir/bus.log"
+    await bus grep -qs ^unix: "$dir/bus.log"
 }
 
 start_all() {
     say "starting a bus, the simulated panel and the server"
     start_bus
     start panel "$bin/ovik_panel_sim"
-    await panel grep -q '^ovik_panel_sim: ready' "$dir/panel.log"
+    await panel grep -qs '^ovik_panel_sim: ready' "$dir/panel.log"
     # shellcheck disable=SC2086 # several words
     start server ${OVIK_SERVER_UNDER:-} "$bin/ovik_server"
     await server answers 1
