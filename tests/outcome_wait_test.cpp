@@ -38,8 +38,7 @@ protected:
         standIn.sleeps = 0;
         result = {};
         const CallStatus ended = serviceCommand(Fields(request), result);
-        EXPECT_EQ(ended.logText ? ended.logText : "",
-                  ended.status == OVIK_TIMEOUT ? "timeout" : "");
+        EXPECT_STREQ(ended.logText, ended.status == OVIK_TIMEOUT ? "timeout" : nullptr);
         return ended.status;
     }
 
