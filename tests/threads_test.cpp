@@ -109,7 +109,7 @@ public:
               for (int number = 0; !m_stop; ++number) {
                   const std::string text = std::to_string(number);
                   platform.emitCommandResult(text, text, text);
-                  std::this_thread::sleep_for(200us);
+                  std::this_thread::sleep_for(1ms);
               }
           })
     {
